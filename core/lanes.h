@@ -1,0 +1,51 @@
+// Lanes: numeric kernels are templates over one of these policies, so that one text serves a single number and a vector
+// register, and every instruction set performs the same operations on each element: the same bits everywhere. The
+// policies of the vector units stand in platform/simd.
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+namespace qmml {
+
+// A policy offers D (numbers), M (masks), I (their bits as 64-bit integers), the operators of the language on D, + - &
+// | ^ on I, and these functions. Comparisons are quiet: a NaN compares false and raises no fault.
+struct ScalarLane {
+    using D = double;
+    using M = bool;
+    using I = std::uint64_t;
+    static constexpr int width = 1;
+
+    static D load(const double* p) noexcept { return *p; }
+    static void store(double* p, D v) noexcept { *p = v; }
+    static D set(double v) noexcept { return v; }
+    static I bits(std::uint64_t v) noexcept { return v; }
+
+    static M less(D a, D b) noexcept { return std::isless(a, b); }
+    static M less_equal(D a, D b) noexcept { return std::islessequal(a, b); }
+    static M differ(D a, D b) noexcept { return std::islessgreater(a, b); } // ordered and not equal
+    static M both(M a, M b) noexcept { return a && b; }
+    static M either(M a, M b) noexcept { return a || b; }
+    static M negate(M a) noexcept { return !a; }
+    static bool any(M a) noexcept { return a; }
+    static M any_bit(I v) noexcept { return v != 0; }
+
+    static D select(M m, D a, D b) noexcept { return m ? a : b; }
+    static I as_bits(D v) noexcept { return std::bit_cast<I>(v); }
+    static D as_number(I v) noexcept { return std::bit_cast<D>(v); }
+    template <int K>
+    static I shift_left(I v) noexcept
+    {
+        return v << K;
+    }
+    template <int K>
+    static I shift_right(I v) noexcept // logical
+    {
+        return v >> K;
+    }
+    static D gather(const double* table, I index) noexcept { return table[index]; }
+    static D sqrt(D v) noexcept { return std::sqrt(v); }
+};
+
+} // namespace qmml

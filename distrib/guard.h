@@ -1,0 +1,106 @@
+// How an export meets a caller that has unmasked floating-point traps: none of them may be killed by one.
+#pragma once
+
+#include "distrib/result.h"
+#include "platform/float_guard.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace qmml {
+
+// Runs the body; a serious fault that the caller, however many guards away, had unmasked is an error of the function.
+template <class Body>
+inline double guarded(Body body) noexcept
+{
+    if (platform::unmasked_faults() == 0) [[likely]]
+        return body();
+    const platform::FloatGuard guard;
+    const double value = body();
+    return guard.faulted(platform::fault::serious) ? distr_fail() : value;
+}
+
+// True when the unit as it stands would trap.
+inline bool traps_enabled() noexcept
+{
+    return (~platform::read_unit() & platform::s_unit_masks) != 0;
+}
+
+// Runs the body; a fault neither traps nor counts here. Inside an outer guard nothing traps, and the flags are left for
+// that guard to judge.
+template <class Body>
+inline double shielded(Body body) noexcept
+{
+    if (!traps_enabled()) [[likely]]
+        return body();
+    const platform::FloatGuard guard;
+    return body();
+}
+
+// Asking the unit for its masks costs as much as a short distribution function. So an export tests its arguments first:
+// calm ones cannot raise a serious fault in the kernel, which then runs as it is. The tests look at bits, since a
+// comparison with a NaN is a fault itself.
+inline constexpr double s_calm_limit = 0x1p100;
+
+// |v| <= limit, zero and denormal numbers included.
+inline bool within(double v, double limit) noexcept
+{
+    return std::bit_cast<std::uint64_t>(v) << 1 <= std::bit_cast<std::uint64_t>(limit) << 1;
+}
+
+template <class... V>
+inline bool moderate(V... v) noexcept
+{
+    return (... && within(v, s_calm_limit));
+}
+
+// low <= v < high for positive bounds.
+inline bool between(double v, double low, double high) noexcept
+{
+    const auto bits = std::bit_cast<std::uint64_t>(v), first = std::bit_cast<std::uint64_t>(low);
+    return bits - first < std::bit_cast<std::uint64_t>(high) - first;
+}
+
+// A divisor that sends no moderate number out of range.
+inline bool moderate_scale(double v) noexcept
+{
+    return between(v, 1 / s_calm_limit, s_calm_limit);
+}
+
+// A probability with room on both sides: its reciprocal is finite, its complement is not 0.
+inline bool inner_probability(double p) noexcept
+{
+    return between(p, 0x1p-1000, 1.0);
+}
+
+template <auto Kernel, class... Args>
+[[gnu::noinline, gnu::cold]] double guarded_kernel(Args... args) noexcept
+{
+    return guarded([=] { return Kernel(args...); });
+}
+
+template <auto Kernel, class... Args>
+[[gnu::noinline, gnu::cold]] double shielded_kernel(Args... args) noexcept
+{
+    return shielded([=] { return Kernel(args...); });
+}
+
+// For arguments that have been looked at: calm ones go straight to the formula, all others through the whole function,
+// which checks them first. Where the formula is all there is, it stands for both.
+template <auto Formula, auto Whole = Formula, class... Args>
+inline double guarded(bool calm, Args... args) noexcept
+{
+    if (calm) [[likely]]
+        return Formula(args...);
+    return guarded_kernel<Whole>(args...);
+}
+
+template <auto Formula, auto Whole = Formula, class... Args>
+inline double shielded(bool calm, Args... args) noexcept
+{
+    if (calm) [[likely]]
+        return Formula(args...);
+    return shielded_kernel<Whole>(args...);
+}
+
+} // namespace qmml

@@ -1,0 +1,12 @@
+/* qmml/qmml.h: everything. Each family's header also stands alone. */
+#ifndef QMML_QMML_H
+#define QMML_QMML_H
+
+#include "qmml/core.h"
+#include "qmml/distrib.h"
+#include "qmml/interp.h"
+#include "qmml/missing.h"
+#include "qmml/platform.h"
+#include "qmml/random.h"
+
+#endif

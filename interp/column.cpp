@@ -1,0 +1,237 @@
+#include "interp/column.h"
+
+#include "core/missing.h"
+#include "distrib/result.h"
+#include "interp/column_kernels.h"
+#include "platform/last_error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+
+namespace qmml::interp {
+namespace {
+
+// Blocks for temporaries and for the ragged ends of columns. Most formulas need few: those stand on the stack.
+class Workspace {
+public:
+    explicit Workspace(int blocks) noexcept
+    {
+        if (blocks > s_local_blocks)
+            m_heap.reset(new (std::nothrow) double[static_cast<std::size_t>(blocks) * s_block]);
+        m_blocks = blocks > s_local_blocks ? m_heap.get() : m_local;
+    }
+    bool good() const noexcept { return m_blocks != nullptr; }
+    double* block(int i) const noexcept { return m_blocks + static_cast<std::ptrdiff_t>(i) * s_block; }
+
+private:
+    static constexpr int s_local_blocks = 4;
+    alignas(64) double m_local[s_local_blocks * s_block];
+    std::unique_ptr<double[]> m_heap;
+    double* m_blocks;
+};
+
+class ColumnEvaluation {
+public:
+    ColumnEvaluation(const Program& program, const Graph& graph, const double* const* columns) noexcept
+        : m_program(program), m_graph(graph), m_columns(columns), m_kernels(column_kernels()),
+          m_workspace(program.temporaries + program.variables_used)
+    {
+    }
+
+    bool ready() const noexcept { return m_workspace.good(); }
+    void block(double* result, std::ptrdiff_t first, int n) noexcept;
+
+private:
+    void point_at_variables(std::ptrdiff_t first, int n) noexcept;
+    const double* operand(const Instruction& instruction, int i) const noexcept;
+    void execute_block(const Instruction& instruction, int n, int padded) noexcept;
+    bool normal(const Instruction& instruction, double* out, int padded) noexcept;
+    void case_by_case(const Instruction& instruction, double* out, int n) noexcept;
+
+    const Program& m_program;
+    const Graph& m_graph;
+    const double* const* const m_columns;
+    const ColumnKernels& m_kernels;
+    Workspace m_workspace;
+    const double* m_variables[s_variable_limit] = {};
+};
+
+// Kernels work on whole registers, so the end of a column is copied to where there is room behind it.
+void ColumnEvaluation::point_at_variables(std::ptrdiff_t first, int n) noexcept
+{
+    for (int v = 0; v < m_program.variables_used; ++v) {
+        const double* column = m_columns != nullptr ? m_columns[v] : nullptr;
+        double* copy = m_workspace.block(m_program.temporaries + v);
+        m_variables[v] = copy;
+        if (column == nullptr)
+            std::fill_n(copy, s_block, s_missing);
+        else if (n == s_block)
+            m_variables[v] = column + first;
+        else
+            std::fill(std::copy_n(column + first, n, copy), copy + s_block, 0.0);
+    }
+}
+
+const double* ColumnEvaluation::operand(const Instruction& instruction, int i) const noexcept
+{
+    const Operand& from = instruction.from[i];
+    if (!from.varies)
+        return instruction.source[i];
+    return from.kind == Operand::variable ? m_variables[from.index] : m_workspace.block(static_cast<int>(from.index));
+}
+
+void ColumnEvaluation::case_by_case(const Instruction& instruction, double* out, int n) noexcept
+{
+    Instruction one = instruction;
+    double values[4];
+    double value;
+    const double* from[4] = {};
+    std::ptrdiff_t step[4] = {};
+    for (int i = 0; i < instruction.operands; ++i) {
+        from[i] = operand(instruction, i);
+        step[i] = instruction.from[i].varies ? 1 : 0;
+        one.source[i] = &values[i];
+    }
+    one.target = &value;
+    for (int k = 0; k < n; ++k) {
+        for (int i = 0; i < instruction.operands; ++i)
+            values[i] = from[i][k * step[i]];
+        execute(one, m_graph);
+        out[k] = value;
+    }
+}
+
+// Only with parameters that are the same for every case and that the functions would accept without a fault.
+bool ColumnEvaluation::normal(const Instruction& instruction, double* out, int padded) noexcept
+{
+    if (!instruction.from[0].varies || instruction.from[1].varies || instruction.from[2].varies)
+        return false;
+    const double mu = *instruction.source[1], sigma = *instruction.source[2];
+    if (!is_finite(mu) || !is_finite(sigma) || !(sigma > 0))
+        return false;
+    if (instruction.operation == Operation::normal) {
+        m_kernels.normal(out, operand(instruction, 0), mu, sigma, padded);
+    } else {
+        m_kernels.lower_normal(out, operand(instruction, 0), mu, sigma, padded);
+        distr_ok(0.0);
+    }
+    return true;
+}
+
+void ColumnEvaluation::execute_block(const Instruction& instruction, int n, int padded) noexcept
+{
+    if (!instruction.varies) {
+        execute(instruction, m_graph);
+        return;
+    }
+    double* const out = m_workspace.block(instruction.result);
+    const auto binary = [&](const BinaryKernels& kernels) {
+        const bool left = instruction.from[0].varies, right = instruction.from[1].varies;
+        const BinaryKernel kernel = left && right ? kernels.both : left ? kernels.left : kernels.right;
+        kernel(out, operand(instruction, 0), operand(instruction, 1), padded);
+    };
+    const auto unary = [&](UnaryKernel kernel) { kernel(out, operand(instruction, 0), padded); };
+
+    switch (instruction.operation) {
+    case Operation::multiply:
+        return binary(m_kernels.multiply);
+    case Operation::divide:
+        return binary(m_kernels.divide);
+    case Operation::add:
+        return binary(m_kernels.add);
+    case Operation::subtract:
+        return binary(m_kernels.subtract);
+    case Operation::equal:
+        return binary(m_kernels.equal);
+    case Operation::greater:
+        return binary(m_kernels.greater);
+    case Operation::greater_equal:
+        return binary(m_kernels.greater_equal);
+    case Operation::less:
+        return binary(m_kernels.less);
+    case Operation::less_equal:
+        return binary(m_kernels.less_equal);
+    case Operation::not_equal:
+        return binary(m_kernels.not_equal);
+    case Operation::logical_and:
+        return binary(m_kernels.logical_and);
+    case Operation::logical_or:
+        return binary(m_kernels.logical_or);
+    case Operation::logical_not:
+        return unary(m_kernels.logical_not);
+    case Operation::minus:
+        return unary(m_kernels.minus);
+    case Operation::absolute:
+        return unary(m_kernels.absolute);
+    case Operation::sign:
+        return unary(m_kernels.sign);
+    case Operation::truncate:
+        return unary(m_kernels.truncate);
+    case Operation::square_root:
+        return unary(m_kernels.square_root);
+    case Operation::exponential:
+        return unary(m_kernels.exponential);
+    case Operation::logarithm:
+        return unary(m_kernels.logarithm);
+    case Operation::sine:
+        return unary(m_kernels.sine);
+    case Operation::cosine:
+        return unary(m_kernels.cosine);
+    case Operation::minimum:
+        return binary(m_kernels.minimum);
+    case Operation::maximum:
+        return binary(m_kernels.maximum);
+    case Operation::power:
+        if (!instruction.from[1].varies && *instruction.source[1] == 2.0)
+            return unary(m_kernels.square);
+        break;
+    case Operation::normal:
+    case Operation::lower_normal:
+        if (normal(instruction, out, padded))
+            return;
+        break;
+    default:
+        break;
+    }
+    case_by_case(instruction, out, n);
+}
+
+void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n) noexcept
+{
+    const int padded = (n + 7) / 8 * 8;
+    point_at_variables(first, n);
+    for (const auto& instruction : m_program.instructions)
+        execute_block(instruction, n, padded);
+
+    const Operand& last = m_program.result;
+    alignas(64) double copy[s_block];
+    const double* source = copy;
+    if (!last.varies)
+        std::fill_n(copy, padded, *m_program.result_source);
+    else
+        source =
+            last.kind == Operand::variable ? m_variables[last.index] : m_workspace.block(static_cast<int>(last.index));
+    if (n == s_block) {
+        m_kernels.outcome(result + first, source, n);
+    } else {
+        m_kernels.outcome(copy, source, padded);
+        std::copy_n(copy, n, result + first);
+    }
+}
+
+} // namespace
+
+bool evaluate_column(const Program& program, const Graph& graph, double* result, int n,
+                     const double* const* columns) noexcept
+{
+    ColumnEvaluation evaluation(program, graph, columns);
+    if (!evaluation.ready())
+        return false;
+    for (std::ptrdiff_t first = 0; first < n; first += s_block)
+        evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)));
+    return true;
+}
+
+} // namespace qmml::interp

@@ -1,0 +1,10 @@
+#include "interp/column_kernels_impl.h"
+#include "platform/cpu.h"
+#include "platform/simd/avx512.h"
+
+namespace qmml::interp {
+
+constinit const ColumnKernels s_avx512_kernels =
+    BlockKernels<platform::Avx512Lane>::table("avx512", platform::has_avx512);
+
+} // namespace qmml::interp

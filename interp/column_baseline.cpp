@@ -1,0 +1,13 @@
+#include "interp/column_kernels_impl.h"
+#include "platform/simd/baseline.h"
+
+namespace qmml::interp {
+
+static bool always() noexcept
+{
+    return true;
+}
+
+constinit const ColumnKernels s_baseline_kernels = BlockKernels<platform::BaselineLane>::table("baseline", always);
+
+} // namespace qmml::interp

@@ -1,0 +1,202 @@
+// What the inlined operations of the formula language do to their operands, over lanes.
+#pragma once
+
+#include "core/lanes.h"
+
+namespace qmml::interp {
+
+template <class L>
+inline typename L::D truth(typename L::M mask) noexcept
+{
+    return L::select(mask, L::set(1.0), L::set(0.0));
+}
+
+template <class L>
+inline typename L::D untruth(typename L::M mask) noexcept
+{
+    return L::select(mask, L::set(0.0), L::set(1.0));
+}
+
+// The operand that is a NaN itself, quieted, where the left one is: a compiler may exchange the operands of a sum or a
+// product, and of two NaNs the unit passes the first one on.
+template <class L>
+inline typename L::D left_nan_first(typename L::D left, typename L::D result) noexcept
+{
+    const auto quieted = L::as_number(L::as_bits(left) | L::bits(0x0008000000000000u));
+    return L::select(L::less_equal(left, left), result, quieted);
+}
+
+// Each is a structure, so that tables of kernels can be made from a list of names. The unordered outcomes of the
+// relations are part of the language: = < <= hold for a NaN.
+struct Add {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return left_nan_first<L>(a, a + b);
+    }
+};
+struct Subtract {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return a - b;
+    }
+};
+struct Multiply {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return left_nan_first<L>(a, a * b);
+    }
+};
+struct Divide {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return a / b;
+    }
+};
+struct Equal {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return untruth<L>(L::differ(a, b));
+    }
+};
+struct NotEqual {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return truth<L>(L::differ(a, b));
+    }
+};
+struct Greater {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return truth<L>(L::less(b, a));
+    }
+};
+struct GreaterEqual {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return truth<L>(L::less_equal(b, a));
+    }
+};
+struct Less {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return untruth<L>(L::less_equal(b, a));
+    }
+};
+struct LessEqual {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return untruth<L>(L::less(b, a));
+    }
+};
+// A NaN is false.
+struct And {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return truth<L>(L::both(L::differ(a, L::set(0.0)), L::differ(b, L::set(0.0))));
+    }
+};
+struct Or {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return truth<L>(L::either(L::differ(a, L::set(0.0)), L::differ(b, L::set(0.0))));
+    }
+};
+struct Minimum { // a NaN on either side gives b
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return L::select(L::less_equal(a, b), a, b);
+    }
+};
+struct Maximum { // a NaN on either side gives a
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return L::select(L::less(a, b), b, a);
+    }
+};
+
+struct Not {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        return untruth<L>(L::differ(a, L::set(0.0)));
+    }
+};
+struct Minus {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        return L::as_number(L::as_bits(a) ^ L::bits(0x8000000000000000u));
+    }
+};
+struct Absolute {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        return L::as_number(L::as_bits(a) & L::bits(0x7fffffffffffffffu));
+    }
+};
+struct Sign {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        const auto zero = L::set(0.0);
+        return L::select(L::less(zero, a), L::set(1.0), L::select(L::less(a, zero), L::set(-1.0), zero));
+    }
+};
+struct Truncate { // keeps the sign of what becomes zero
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        const auto magnitude = Absolute::apply<L>(a);
+        const auto big = L::set(0x1p52);
+        const auto nearest = (magnitude + big) - big;
+        const auto below = nearest - truth<L>(L::less(magnitude, nearest));
+        const auto sign = L::as_bits(a) & L::bits(0x8000000000000000u);
+        return L::select(L::less(magnitude, big), L::as_number(L::as_bits(below) | sign), a);
+    }
+};
+struct SquareRoot {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        return L::sqrt(a);
+    }
+};
+struct Square {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        return a * a;
+    }
+};
+
+// The value of a formula: what is infinite or denormal becomes missing.
+template <class L>
+inline typename L::D outcome(typename L::D v) noexcept
+{
+    const auto magnitude = Absolute::apply<L>(v);
+    const auto finite = L::less(magnitude, L::as_number(L::bits(0x7ff0000000000000u)));
+    const auto normal = L::less_equal(L::set(0x1p-1022), magnitude);
+    const auto zero = L::less_equal(magnitude, L::set(0.0));
+    const auto missing = L::as_number(L::as_bits(v) | L::bits(0x7ff8000000000000u));
+    // A NaN compares false everywhere: ORing the pattern would quiet it, so it is kept by a selection of its own.
+    const auto good = L::either(L::both(finite, normal), zero);
+    const auto nan = L::negate(L::less_equal(v, v));
+    return L::select(L::either(good, nan), v, missing);
+}
+
+} // namespace qmml::interp

@@ -1,0 +1,53 @@
+// What magnitudes a formula's intermediate values can have when its variables are ordinary numbers. From it follows
+// that an evaluation cannot raise a fault, so that the floating-point unit need not be asked what its caller has
+// unmasked: asking costs more than a short formula.
+#pragma once
+
+#include "interp/program.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace qmml::interp {
+
+// A finite number: zero, if it may be, or 2^low <= |v| < 2^high.
+struct Range {
+    int low = 0, high = 0;
+    bool zero = false;
+    bool truth = false; // 0 or 1
+};
+
+// Calm numbers are zero and those of moderate size.
+inline constexpr int s_calm_exponent = 64;
+
+inline bool is_calm(double v) noexcept
+{
+    constexpr auto exponent_bits = [](int e) { return static_cast<std::uint64_t>(1023 + e) << 53; };
+    constexpr std::uint64_t first = exponent_bits(-s_calm_exponent), end = exponent_bits(s_calm_exponent);
+    const std::uint64_t magnitude = std::bit_cast<std::uint64_t>(v) << 1;
+    if (magnitude - first < end - first) [[likely]]
+        return true;
+    return magnitude == 0;
+}
+
+// What remains to be looked at when the operation runs.
+enum class Hazard : unsigned char {
+    none,
+    checked, // operands outside the domain in which it raises no fault
+    unsafe,  // nothing is promised
+};
+
+struct Outcome {
+    Range range;
+    Hazard hazard = Hazard::unsafe;
+};
+
+Range range_of_constant(double v) noexcept;
+inline constexpr Range s_calm_range = {-s_calm_exponent, s_calm_exponent, true};
+// Beyond it an exponential is not taken without a check.
+inline constexpr double s_exponential_limit = 512.0;
+
+// For operands in these ranges; operands[i] are in the order of the formula.
+Outcome outcome_of(Operation operation, const Range* operands, const double* const* constants) noexcept;
+
+} // namespace qmml::interp

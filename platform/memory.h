@@ -1,0 +1,17 @@
+// What only the system knows about memory.
+#pragma once
+
+#include <cstddef>
+
+namespace qmml::platform {
+
+// Whether size bytes from p could be written. Changes nothing there, and p may point anywhere.
+bool is_writable(const void* p, std::size_t size) noexcept;
+
+// The bytes that the heap set aside for a block of malloc or operator new; at least those that were asked for.
+std::size_t usable_size(void* block) noexcept;
+
+// Fills all of a block's usable size with zeros.
+void clear_block(void* block) noexcept;
+
+} // namespace qmml::platform

@@ -1,0 +1,49 @@
+// Lanes of AVX2: four numbers. Include only where the compiler is told to use it.
+#pragma once
+
+#include <cstdint>
+#include <immintrin.h>
+
+namespace qmml::platform {
+
+struct Avx2Lane {
+    using D = __m256d;
+    using M = __m256d;
+    using I = __m256i;
+    static constexpr int width = 4;
+
+    static D load(const double* p) noexcept { return _mm256_loadu_pd(p); }
+    static void store(double* p, D v) noexcept { _mm256_storeu_pd(p, v); }
+    static D set(double v) noexcept { return _mm256_set1_pd(v); }
+    static I bits(std::uint64_t v) noexcept { return _mm256_set1_epi64x(static_cast<long long>(v)); }
+
+    static M less(D a, D b) noexcept { return _mm256_cmp_pd(a, b, _CMP_LT_OQ); }
+    static M less_equal(D a, D b) noexcept { return _mm256_cmp_pd(a, b, _CMP_LE_OQ); }
+    static M differ(D a, D b) noexcept { return _mm256_cmp_pd(a, b, _CMP_NEQ_OQ); }
+    static M both(M a, M b) noexcept { return _mm256_and_pd(a, b); }
+    static M either(M a, M b) noexcept { return _mm256_or_pd(a, b); }
+    static M negate(M a) noexcept { return _mm256_xor_pd(a, _mm256_castsi256_pd(_mm256_set1_epi32(-1))); }
+    static bool any(M a) noexcept { return _mm256_movemask_pd(a) != 0; }
+    static M any_bit(I v) noexcept
+    {
+        return negate(_mm256_castsi256_pd(_mm256_cmpeq_epi64(v, _mm256_setzero_si256())));
+    }
+
+    static D select(M m, D a, D b) noexcept { return _mm256_blendv_pd(b, a, m); }
+    static I as_bits(D v) noexcept { return _mm256_castpd_si256(v); }
+    static D as_number(I v) noexcept { return _mm256_castsi256_pd(v); }
+    template <int K>
+    static I shift_left(I v) noexcept
+    {
+        return _mm256_slli_epi64(v, K);
+    }
+    template <int K>
+    static I shift_right(I v) noexcept
+    {
+        return _mm256_srli_epi64(v, K);
+    }
+    static D gather(const double* table, I index) noexcept { return _mm256_i64gather_pd(table, index, 8); }
+    static D sqrt(D v) noexcept { return _mm256_sqrt_pd(v); }
+};
+
+} // namespace qmml::platform
