@@ -127,7 +127,7 @@ inline typename L::D log(typename L::D x) noexcept
     const D scaled = L::select(tiny, x * L::set(0x1p54), x);
     D y = log_normal_range<L>(scaled, L::select(tiny, L::set(s_exponent_origin + 54.0), L::set(s_exponent_origin)));
     const D infinity = L::as_number(L::bits(0x7ff0000000000000u));
-    y = L::select(L::less(x, infinity), y, x); // infinity and NaN
+    y = L::select(L::less(x, infinity), y, x + x); // infinity, and a NaN made quiet
     y = L::select(L::less_equal(x, L::set(0.0)), L::as_number(L::bits(0xfff0000000000000u)), y);
     return L::select(L::less(x, L::set(0.0)), L::as_number(L::bits(0x7ff8000000000000u)), y);
 }

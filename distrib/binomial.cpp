@@ -8,8 +8,6 @@
 #include "distrib/rounding.h"
 #include "distrib/thread_cache.h"
 
-#include <cmath>
-
 namespace qmml {
 
 // Above this many trials the incomplete beta takes over.

@@ -3,7 +3,11 @@
 #include "core/elementary.h"
 #include "distrib/arguments.h"
 
+#include <limits>
+
 namespace qmml {
+
+static constexpr double s_infinity = std::numeric_limits<double>::infinity();
 
 static double extreme_density_formula(double x, double location, double scale) noexcept
 {
@@ -28,13 +32,17 @@ static double extreme_lower(double x, double location, double scale) noexcept
 
 static double extreme_quantile_formula(double p, double location, double scale) noexcept
 {
-    return distr_ok(location - scale * elementary::log(elementary::log(1 / p)));
+    return distr_ok(location - scale * elementary::log(-elementary::log(p)));
 }
 
 static double extreme_quantile(double p, double location, double scale) noexcept
 {
     p = clamped(p);
-    return scale <= 0 || p == 0 ? distr_fail() : extreme_quantile_formula(p, location, scale);
+    if (scale <= 0 || p == 0)
+        return distr_fail();
+    if (1 / p == s_infinity) // the reciprocal is part of the definition, an infinite one too
+        return distr_ok(location - scale * s_infinity);
+    return extreme_quantile_formula(p, location, scale);
 }
 
 } // namespace qmml

@@ -5,8 +5,6 @@
 #include "distrib/rounding.h"
 #include "distrib/thread_cache.h"
 
-#include <cmath>
-
 namespace qmml {
 
 static constexpr int s_terms = 2000;

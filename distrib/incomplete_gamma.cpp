@@ -135,7 +135,10 @@ static short engine_entry(double* ratio, double a, double x, double* ln_gamma_a)
     if (ln_gamma_a)
         *ln_gamma_a = gln;
     bool converged = false;
-    shielded([&] { return converged = Engine(a, x, gln, &value), value; });
+    shielded([&] {
+        converged = Engine(a, x, gln, &value);
+        return value;
+    });
     if (converged && ratio)
         *ratio = value;
     return converged ? 0 : 1;

@@ -4,6 +4,8 @@
 #include "distrib/incomplete_beta.h"
 #include "distrib/minimise.h"
 
+#include <cmath>
+
 namespace qmml {
 
 // Student's t quantile as the minimum of the distance between the tail and the wanted one. The answer is good to the

@@ -110,6 +110,7 @@ static const Case s_cases[] = {
     {"extreme quantile, p = 0", [] { return v_extreme(0, 0, 1); }, -3.0e30, s_failed},
     {"extreme quantile, p below 0", [] { return v_extreme(-1, 0, 1); }, -3.0e30, s_failed},
     {"extreme quantile, p = 1", [] { return v_extreme(1, 0, 1); }, s_infinity, 0},
+    {"extreme quantile, the reciprocal overflows", [] { return v_extreme(1e-310, 0, 1); }, -s_infinity, 0},
     {"laplace, scale 0", [] { return d_laplace(0, 0, 0); }, -3.0e30, s_failed},
     {"laplace, lower tail, scale 0", [] { return i_laplace(0, 0, 0); }, -3.0e30, s_failed},
     {"laplace, at the location", [] { return i_laplace(3, 3, 2); }, 0.5, 0},

@@ -31,7 +31,7 @@ constexpr const char* s_formulas[] = {
     "(1<x)+(1<=x)*2+(1>x)*4+(1>=x)*8+(1=x)*16+(1<>x)*32",
     "min(x,y)+max(x,y)",
     "min(1,x)+max(x,1)",
-    "(x&y)+(x|y)*2+(x&1)*4+(0|x)*8",
+    "(x & y)+(x | y)*2+(x & 1)*4+(0 | x)*8",
     "-x+abs(y)+sign(x)+trunc(y)",
     "trunc(x)+sqrt(y)",
     "exp(x)+log(y)",

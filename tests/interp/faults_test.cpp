@@ -60,7 +60,7 @@ Outcome under_traps(const char* formula, double x, unsigned faults, bool mxcsr_o
 TEST(FormulaUnderTraps, MakesFaultsMissingEvenWhereTheRestHidesThem)
 {
     for (const char* formula : {"1/0", "1/(1/0)", "max(1,1/0)", "1/(1/x)", "max(1,log(x))", "1/(exp(x+1000))",
-                                "(x*1e308*1e308)&0", "max(1,sqrt(x-1))", "max(0,normal(x,0,0))", "1&(sin(1/x))"})
+                                "(x*1e308*1e308)&0", "max(1,sqrt(x-1))", "max(0,normal(x,0,0))", "1 & (sin(1/x))"})
         for (const bool mxcsr_only : {false, true}) {
             const auto outcome = under_traps(formula, formula[1] == 'x' ? 1e5 : 0.0, s_serious, mxcsr_only);
             EXPECT_EQ(outcome.good, 1) << formula;
