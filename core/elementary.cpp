@@ -11,7 +11,8 @@ static constexpr double s_infinity = std::numeric_limits<double>::infinity();
 static double divide_by_zero(double numerator) noexcept
 {
     volatile double zero = 0.0;
-    return numerator / zero;
+    volatile double quotient = numerator / zero;
+    return quotient;
 }
 
 static double undefined() noexcept

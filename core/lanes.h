@@ -19,6 +19,7 @@ struct ScalarLane {
 
     static D load(const double* p) noexcept { return *p; }
     static void store(double* p, D v) noexcept { *p = v; }
+    static void stream(double* p, D v) noexcept { *p = v; }
     static D set(double v) noexcept { return v; }
     static I bits(std::uint64_t v) noexcept { return v; }
 
@@ -30,6 +31,12 @@ struct ScalarLane {
     static M negate(M a) noexcept { return !a; }
     static bool any(M a) noexcept { return a; }
     static M any_bit(I v) noexcept { return v != 0; }
+
+    static M irregular(D v) noexcept // infinite or denormal
+    {
+        const I magnitude = as_bits(v) << 1;
+        return magnitude == 0x7ff0000000000000u << 1 || magnitude - 1 < (0x0010000000000000u << 1) - 1;
+    }
 
     static D select(M m, D a, D b) noexcept { return m ? a : b; }
     static I as_bits(D v) noexcept { return std::bit_cast<I>(v); }

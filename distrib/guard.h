@@ -9,6 +9,16 @@
 
 namespace qmml {
 
+// For the body of a guard. A compiler knows nothing of the unit's masks and would move arithmetic past the instructions
+// that write them; volatile accesses, which it may not reorder with those, hold the arguments and the result in place.
+template <class Body>
+inline double in_place(const Body& body) noexcept
+{
+    const Body* const volatile opaque = &body;
+    const volatile double value = (*opaque)();
+    return value;
+}
+
 // Runs the body; a serious fault that the caller, however many guards away, had unmasked is an error of the function.
 template <class Body>
 inline double guarded(Body body) noexcept
@@ -16,7 +26,7 @@ inline double guarded(Body body) noexcept
     if (platform::unmasked_faults() == 0) [[likely]]
         return body();
     const platform::FloatGuard guard;
-    const double value = body();
+    const double value = in_place(body);
     return guard.faulted(platform::fault::serious) ? distr_fail() : value;
 }
 
@@ -34,7 +44,7 @@ inline double shielded(Body body) noexcept
     if (!traps_enabled()) [[likely]]
         return body();
     const platform::FloatGuard guard;
-    return body();
+    return in_place(body);
 }
 
 // Asking the unit for its masks costs as much as a short distribution function. So an export tests its arguments first:

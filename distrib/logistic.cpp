@@ -58,8 +58,9 @@ double d_logis(double x, double location, double scale)
 
 double i_logis(double x, double location, double scale)
 {
-    return qmml::shielded<qmml::logistic_lower_formula, qmml::logistic_lower>(
-        qmml::calm_exponent(x, location, scale) && scale >= qmml::s_least_scale, x, location, scale);
+    const bool calm =
+        qmml::between(scale, qmml::s_least_scale, qmml::s_calm_limit) && qmml::calm_exponent(x, location, scale);
+    return qmml::shielded<qmml::logistic_lower_formula, qmml::logistic_lower>(calm, x, location, scale);
 }
 
 double v_logis(double p, double location, double scale)

@@ -3,10 +3,11 @@
 #include "core/missing.h"
 #include "distrib/result.h"
 #include "interp/column_kernels.h"
-#include "platform/last_error.h"
+#include "platform/memory_hints.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -41,10 +42,11 @@ public:
     }
 
     bool ready() const noexcept { return m_workspace.good(); }
-    void block(double* result, std::ptrdiff_t first, int n) noexcept;
+    void block(double* result, std::ptrdiff_t first, int n, UnaryKernel outcome) noexcept;
 
 private:
     void point_at_variables(std::ptrdiff_t first, int n) noexcept;
+    void prefetch_next(std::ptrdiff_t first) const noexcept;
     const double* operand(const Instruction& instruction, int i) const noexcept;
     void execute_block(const Instruction& instruction, int n, int padded) noexcept;
     bool normal(const Instruction& instruction, double* out, int padded) noexcept;
@@ -72,6 +74,16 @@ void ColumnEvaluation::point_at_variables(std::ptrdiff_t first, int n) noexcept
         else
             std::fill(std::copy_n(column + first, n, copy), copy + s_block, 0.0);
     }
+}
+
+// A block of a column is a page: the processor's own prefetching would begin anew with each.
+void ColumnEvaluation::prefetch_next(std::ptrdiff_t first) const noexcept
+{
+    constexpr int step = platform::s_cache_line / static_cast<int>(sizeof(double));
+    for (int v = 0; v < m_program.variables_used; ++v)
+        if (m_columns != nullptr && m_columns[v] != nullptr)
+            for (int i = 0; i < s_block; i += step)
+                platform::prefetch(m_columns[v] + first + s_block + i);
 }
 
 const double* ColumnEvaluation::operand(const Instruction& instruction, int i) const noexcept
@@ -198,10 +210,12 @@ void ColumnEvaluation::execute_block(const Instruction& instruction, int n, int 
     case_by_case(instruction, out, n);
 }
 
-void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n) noexcept
+void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n, UnaryKernel outcome) noexcept
 {
     const int padded = (n + 7) / 8 * 8;
     point_at_variables(first, n);
+    if (n == s_block)
+        prefetch_next(first);
     for (const auto& instruction : m_program.instructions)
         execute_block(instruction, n, padded);
 
@@ -214,7 +228,7 @@ void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n) noexce
         source =
             last.kind == Operand::variable ? m_variables[last.index] : m_workspace.block(static_cast<int>(last.index));
     if (n == s_block) {
-        m_kernels.outcome(result + first, source, n);
+        outcome(result + first, source, n);
     } else {
         m_kernels.outcome(copy, source, padded);
         std::copy_n(copy, n, result + first);
@@ -223,14 +237,32 @@ void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n) noexce
 
 } // namespace
 
+// Results of long columns go past the caches, where they would push the columns out that are still to be read.
+static constexpr int s_streaming_length = 1 << 17;
+
+// How many cases stand in front of the first one whose result begins a cache line.
+static int cases_before_line(const double* result) noexcept
+{
+    const auto offset = reinterpret_cast<std::uintptr_t>(result) % platform::s_cache_line;
+    return static_cast<int>((platform::s_cache_line - offset) % platform::s_cache_line / sizeof(double));
+}
+
 bool evaluate_column(const Program& program, const Graph& graph, double* result, int n,
                      const double* const* columns) noexcept
 {
     ColumnEvaluation evaluation(program, graph, columns);
     if (!evaluation.ready())
         return false;
-    for (std::ptrdiff_t first = 0; first < n; first += s_block)
-        evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)));
+    const ColumnKernels& kernels = column_kernels();
+    const bool streaming = n >= s_streaming_length;
+    std::ptrdiff_t first = streaming ? cases_before_line(result) : 0;
+    if (first > 0)
+        evaluation.block(result, 0, static_cast<int>(first), kernels.outcome);
+    for (; first < n; first += s_block)
+        evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)),
+                         streaming ? kernels.streamed_outcome : kernels.outcome);
+    if (streaming)
+        platform::finish_streaming();
     return true;
 }
 

@@ -27,6 +27,7 @@ struct ColumnKernels {
     UnaryKernel exponential, logarithm, sine, cosine;
     NormalKernel normal, lower_normal; // sigma not zero, both parameters finite
     UnaryKernel outcome;
+    UnaryKernel streamed_outcome; // to a cache line's start, past the caches
 };
 
 extern const ColumnKernels s_baseline_kernels, s_avx2_kernels, s_avx512_kernels;

@@ -32,20 +32,38 @@ struct BlockKernels {
             L::store(out + i, Op::template apply<L>(L::load(a + i), L::load(b + i)));
     }
 
+    // A constant that is no NaN need not be told from one in every case.
+    template <class Op>
+    static D apply_with_number(D a, D b) noexcept
+    {
+        if constexpr (requires { Op::template apply_to_number<L>(a, b); })
+            return Op::template apply_to_number<L>(a, b);
+        else
+            return Op::template apply<L>(a, b);
+    }
+
     template <class Op>
     static void left(double* out, const double* a, const double* b, int n) noexcept
     {
         const D right = L::set(*b);
-        for (int i = 0; i < n; i += L::width)
-            L::store(out + i, Op::template apply<L>(L::load(a + i), right));
+        if (*b == *b)
+            for (int i = 0; i < n; i += L::width)
+                L::store(out + i, apply_with_number<Op>(L::load(a + i), right));
+        else
+            for (int i = 0; i < n; i += L::width)
+                L::store(out + i, Op::template apply<L>(L::load(a + i), right));
     }
 
     template <class Op>
     static void right(double* out, const double* a, const double* b, int n) noexcept
     {
         const D value = L::set(*a);
-        for (int i = 0; i < n; i += L::width)
-            L::store(out + i, Op::template apply<L>(value, L::load(b + i)));
+        if (*a == *a)
+            for (int i = 0; i < n; i += L::width)
+                L::store(out + i, apply_with_number<Op>(value, L::load(b + i)));
+        else
+            for (int i = 0; i < n; i += L::width)
+                L::store(out + i, Op::template apply<L>(value, L::load(b + i)));
     }
 
     template <class Op>
@@ -105,6 +123,12 @@ struct BlockKernels {
             L::store(out + i, interp::outcome<L>(L::load(a + i)));
     }
 
+    static void finish_streaming(double* out, const double* a, int n) noexcept
+    {
+        for (int i = 0; i < n; i += L::width)
+            L::stream(out + i, interp::outcome<L>(L::load(a + i)));
+    }
+
     static constexpr ColumnKernels table(const char* name, bool (*supported)() noexcept)
     {
         return {
@@ -138,6 +162,7 @@ struct BlockKernels {
             .normal = normal,
             .lower_normal = lower_normal,
             .outcome = finish,
+            .streamed_outcome = finish_streaming,
         };
     }
 };

@@ -34,6 +34,11 @@ struct Add {
     {
         return left_nan_first<L>(a, a + b);
     }
+    template <class L>
+    static typename L::D apply_to_number(typename L::D a, typename L::D b) noexcept // one of them is no NaN
+    {
+        return a + b;
+    }
 };
 struct Subtract {
     template <class L>
@@ -47,6 +52,11 @@ struct Multiply {
     static typename L::D apply(typename L::D a, typename L::D b) noexcept
     {
         return left_nan_first<L>(a, a * b);
+    }
+    template <class L>
+    static typename L::D apply_to_number(typename L::D a, typename L::D b) noexcept
+    {
+        return a * b;
     }
 };
 struct Divide {
@@ -184,19 +194,11 @@ struct Square {
     }
 };
 
-// The value of a formula: what is infinite or denormal becomes missing.
+// The value of a formula: what is infinite or denormal becomes missing. A NaN stays as it is.
 template <class L>
 inline typename L::D outcome(typename L::D v) noexcept
 {
-    const auto magnitude = Absolute::apply<L>(v);
-    const auto finite = L::less(magnitude, L::as_number(L::bits(0x7ff0000000000000u)));
-    const auto normal = L::less_equal(L::set(0x1p-1022), magnitude);
-    const auto zero = L::less_equal(magnitude, L::set(0.0));
-    const auto missing = L::as_number(L::as_bits(v) | L::bits(0x7ff8000000000000u));
-    // A NaN compares false everywhere: ORing the pattern would quiet it, so it is kept by a selection of its own.
-    const auto good = L::either(L::both(finite, normal), zero);
-    const auto nan = L::negate(L::less_equal(v, v));
-    return L::select(L::either(good, nan), v, missing);
+    return L::select(L::irregular(v), L::as_number(L::as_bits(v) | L::bits(0x7ff8000000000000u)), v);
 }
 
 } // namespace qmml::interp

@@ -37,9 +37,9 @@ inline void write_unit(unsigned value) noexcept
 inline unsigned read_unit() noexcept
 {
     const int raised = std::fetestexcept(FE_ALL_EXCEPT);
-    return 0x1f80u | (raised & FE_INVALID ? fault::invalid : 0u) | (raised & FE_DIVBYZERO ? fault::divide_by_zero : 0u) |
-           (raised & FE_OVERFLOW ? fault::overflow : 0u) | (raised & FE_UNDERFLOW ? fault::underflow : 0u) |
-           (raised & FE_INEXACT ? fault::inexact : 0u);
+    return 0x1f80u | (raised & FE_INVALID ? fault::invalid : 0u) |
+           (raised & FE_DIVBYZERO ? fault::divide_by_zero : 0u) | (raised & FE_OVERFLOW ? fault::overflow : 0u) |
+           (raised & FE_UNDERFLOW ? fault::underflow : 0u) | (raised & FE_INEXACT ? fault::inexact : 0u);
 }
 inline void write_unit(unsigned value) noexcept
 {
@@ -56,7 +56,8 @@ inline unsigned unmasked_faults() noexcept
 }
 
 // False when a trap has been unmasked through the C library, which changes the old unit's masks along with MXCSR: these
-// are read ten times faster. No answer to who has changed MXCSR alone: for computations that cannot raise a serious fault.
+// are read ten times faster. No answer to who has changed MXCSR alone: for computations that cannot raise a serious
+// fault.
 inline bool seems_masked() noexcept
 {
 #if defined(__x86_64__)

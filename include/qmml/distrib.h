@@ -14,11 +14,11 @@
  * is 0, the lower tail 0 or 1. A NaN gives a NaN or a failure.
  * "Clamped": p < 0 counts as 0, p > 1 as 1.
  *
- * Floating-point faults. Invalid operation, division by zero and overflow may be unmasked (SetFPUExceptionMask): no call
- * traps, and the masks stand as before afterwards. The quantiles marked "guarded" and betai fail when the computation
- * raised such a fault that the caller had unmasked; with faults masked they return what the arithmetic gives, an
- * infinity included. The densities marked "finite" fail instead of returning an infinity or a NaN. Underflow and inexact
- * are everyday results and have to stay masked.
+ * Floating-point faults. Invalid operation, division by zero and overflow may be unmasked (SetFPUExceptionMask): no
+ * call traps, and the masks stand as before afterwards. The quantiles marked "guarded" and betai fail when the
+ * computation raised such a fault that the caller had unmasked; with faults masked they return what the arithmetic
+ * gives, an infinity included. The densities marked "finite" fail instead of returning an infinity or a NaN. Underflow
+ * and inexact are everyday results and have to stay masked.
  *
  * Measured errors: docs/accuracy.md. */
 #ifndef QMML_DISTRIB_H

@@ -9,13 +9,14 @@ namespace qmml::platform {
 struct Avx2Lane {
     using D = __m256d;
     using M = __m256d;
-    using I = __m256i;
+    using I [[gnu::vector_size(32)]] = std::uint64_t; // unsigned: sums may wrap
     static constexpr int width = 4;
 
     static D load(const double* p) noexcept { return _mm256_loadu_pd(p); }
     static void store(double* p, D v) noexcept { _mm256_storeu_pd(p, v); }
+    static void stream(double* p, D v) noexcept { _mm256_stream_pd(p, v); }
     static D set(double v) noexcept { return _mm256_set1_pd(v); }
-    static I bits(std::uint64_t v) noexcept { return _mm256_set1_epi64x(static_cast<long long>(v)); }
+    static I bits(std::uint64_t v) noexcept { return I{} + v; }
 
     static M less(D a, D b) noexcept { return _mm256_cmp_pd(a, b, _CMP_LT_OQ); }
     static M less_equal(D a, D b) noexcept { return _mm256_cmp_pd(a, b, _CMP_LE_OQ); }
@@ -26,23 +27,33 @@ struct Avx2Lane {
     static bool any(M a) noexcept { return _mm256_movemask_pd(a) != 0; }
     static M any_bit(I v) noexcept
     {
-        return negate(_mm256_castsi256_pd(_mm256_cmpeq_epi64(v, _mm256_setzero_si256())));
+        return negate(_mm256_castsi256_pd(_mm256_cmpeq_epi64(reinterpret_cast<__m256i>(v), _mm256_setzero_si256())));
+    }
+
+    static M irregular(D v) noexcept
+    {
+        const D magnitude = _mm256_andnot_pd(set(-0.0), v);
+        const auto infinite = _mm256_cmp_pd(magnitude, reinterpret_cast<D>(bits(0x7ff0000000000000u)), _CMP_EQ_OQ);
+        return either(infinite, both(less(magnitude, set(0x1p-1022)), differ(magnitude, set(0.0))));
     }
 
     static D select(M m, D a, D b) noexcept { return _mm256_blendv_pd(b, a, m); }
-    static I as_bits(D v) noexcept { return _mm256_castpd_si256(v); }
-    static D as_number(I v) noexcept { return _mm256_castsi256_pd(v); }
+    static I as_bits(D v) noexcept { return reinterpret_cast<I>(v); }
+    static D as_number(I v) noexcept { return reinterpret_cast<D>(v); }
     template <int K>
     static I shift_left(I v) noexcept
     {
-        return _mm256_slli_epi64(v, K);
+        return v << K;
     }
     template <int K>
     static I shift_right(I v) noexcept
     {
-        return _mm256_srli_epi64(v, K);
+        return v >> K;
     }
-    static D gather(const double* table, I index) noexcept { return _mm256_i64gather_pd(table, index, 8); }
+    static D gather(const double* table, I index) noexcept
+    {
+        return _mm256_i64gather_pd(table, reinterpret_cast<__m256i>(index), 8);
+    }
     static D sqrt(D v) noexcept { return _mm256_sqrt_pd(v); }
 };
 

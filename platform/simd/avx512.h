@@ -9,13 +9,14 @@ namespace qmml::platform {
 struct Avx512Lane {
     using D = __m512d;
     using M = __mmask8;
-    using I = __m512i;
+    using I [[gnu::vector_size(64)]] = std::uint64_t; // unsigned: sums may wrap
     static constexpr int width = 8;
 
     static D load(const double* p) noexcept { return _mm512_loadu_pd(p); }
     static void store(double* p, D v) noexcept { _mm512_storeu_pd(p, v); }
+    static void stream(double* p, D v) noexcept { _mm512_stream_pd(p, v); } // p on a cache line; past the caches
     static D set(double v) noexcept { return _mm512_set1_pd(v); }
-    static I bits(std::uint64_t v) noexcept { return _mm512_set1_epi64(static_cast<long long>(v)); }
+    static I bits(std::uint64_t v) noexcept { return I{} + v; }
 
     static M less(D a, D b) noexcept { return _mm512_cmp_pd_mask(a, b, _CMP_LT_OQ); }
     static M less_equal(D a, D b) noexcept { return _mm512_cmp_pd_mask(a, b, _CMP_LE_OQ); }
@@ -24,22 +25,30 @@ struct Avx512Lane {
     static M either(M a, M b) noexcept { return static_cast<M>(a | b); }
     static M negate(M a) noexcept { return static_cast<M>(~a); }
     static bool any(M a) noexcept { return a != 0; }
-    static M any_bit(I v) noexcept { return _mm512_test_epi64_mask(v, v); }
+    static M any_bit(I v) noexcept
+    {
+        return _mm512_test_epi64_mask(reinterpret_cast<__m512i>(v), reinterpret_cast<__m512i>(v));
+    }
+
+    static M irregular(D v) noexcept { return _mm512_fpclass_pd_mask(v, 0x38); } // both infinities, denormals
 
     static D select(M m, D a, D b) noexcept { return _mm512_mask_blend_pd(m, b, a); }
-    static I as_bits(D v) noexcept { return _mm512_castpd_si512(v); }
-    static D as_number(I v) noexcept { return _mm512_castsi512_pd(v); }
+    static I as_bits(D v) noexcept { return reinterpret_cast<I>(v); }
+    static D as_number(I v) noexcept { return reinterpret_cast<D>(v); }
     template <int K>
     static I shift_left(I v) noexcept
     {
-        return _mm512_slli_epi64(v, K);
+        return v << K;
     }
     template <int K>
     static I shift_right(I v) noexcept
     {
-        return _mm512_srli_epi64(v, K);
+        return v >> K;
     }
-    static D gather(const double* table, I index) noexcept { return _mm512_i64gather_pd(index, table, 8); }
+    static D gather(const double* table, I index) noexcept
+    {
+        return _mm512_i64gather_pd(reinterpret_cast<__m512i>(index), table, 8);
+    }
     static D sqrt(D v) noexcept { return _mm512_sqrt_pd(v); }
 };
 

@@ -137,6 +137,32 @@ TEST(Column, HasEveryLengthAndMayReplaceItsArgument)
     }
 }
 
+// Long results go past the caches in whole lines: the ends and the alignment must not matter.
+TEST_F(ColumnKernelSets, GiveLongColumnsTheSameResultsAtEveryAlignment)
+{
+    ExInterpreter interpreter("x*2+y", 2);
+    constexpr std::size_t n = (1u << 17) + 777;
+    const auto x = values(6, n), y = values(7, n);
+    const double* const columns[] = {x.data(), y.data()};
+    std::vector<double> expected(n), result(n + 16);
+    for (std::size_t i = 0; i < n; ++i)
+        interpreter.ExpresVal(&expected[i], x[i], y[i]);
+    for (const auto* kernels : column_kernel_variants()) {
+        if (!kernels->supported())
+            continue;
+        choose_column_kernels(kernels);
+        for (std::size_t offset : {0u, 1u, 6u, 7u}) {
+            std::fill(result.begin(), result.end(), 42.0);
+            ASSERT_EQ(interpreter.ExpresColumn(result.data() + offset, static_cast<int>(n), columns),
+                      static_cast<int>(n));
+            EXPECT_EQ(result[n + offset], 42.0);
+            result.erase(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(offset));
+            expect_same_bits(result, expected, n, kernels->name);
+            result.resize(n + 16);
+        }
+    }
+}
+
 TEST(Column, TouchesNothingWithoutCases)
 {
     ExInterpreter interpreter("x+", 1);
