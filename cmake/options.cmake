@@ -25,6 +25,8 @@ add_library(qmml_options INTERFACE)
 target_compile_options(qmml_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off -fno-math-errno
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-semantic-interposition>
+    # Without it Clang moves arithmetic past the places where faults are masked.
+    $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-ffp-exception-behavior=maytrap>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict> # GCC 12 takes string sums for overlaps
     $<$<BOOL:${QMML_WERROR}>:-Werror>)
 if(QMML_SANITIZE)

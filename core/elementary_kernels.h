@@ -97,11 +97,9 @@ inline typename L::D log_normal_range(typename L::D x, typename L::D exponent_or
     const auto mantissa = (L::as_bits(x) + L::bits(0x3ff0000000000000u)) - L::template shift_left<52>(biased);
     const auto index = L::template shift_right<52 - s_table_bits>(shifted) & L::bits(s_table_size - 1);
     const auto entry = L::template shift_left<2>(index);
-    const D reciprocal = L::gather(&s_logarithms[0].reciprocal, entry);
-
-    // m * reciprocal - 1, rounded once: the mantissa is taken apart so that both products are exact.
-    const D m_high = L::as_number(mantissa & L::bits(~std::uint64_t{0x3ff}));
-    const D r = (m_high * reciprocal - L::set(1.0)) + (L::as_number(mantissa) - m_high) * reciprocal;
+    // The difference is exact.
+    const D difference = L::as_number(mantissa) - L::gather(&s_logarithms[0].centre, entry);
+    const D r = difference * L::gather(&s_logarithms[0].reciprocal, entry);
 
     // ln(1 + r) - r: coefficients -1/2, 1/3 ... -1/8.
     const D r2 = r * r;
@@ -110,12 +108,10 @@ inline typename L::D log_normal_range(typename L::D x, typename L::D exponent_or
     const D p2 = L::set(-1.0 / 6) + r * L::set(1.0 / 7);
     const D rest = r2 * (p0 + r2 * (p1 + r2 * (p2 + r2 * L::set(-1.0 / 8))));
 
-    // ln 2 in a part of 42 bits and the rest: the first sum is exact.
-    const D w = k * L::set(0x1.62e42fefa38p-1) + L::gather(&s_logarithms[0].high, entry);
-    const D high = w + r;
-    const D small = k * L::set(0x1.ef35793c7673p-45) + L::gather(&s_logarithms[0].low, entry);
-    const D low = ((w - high) + r) + small;
-    return high + (low + rest);
+    // ln 2 in a part of 42 bits and the rest: the sum of the high parts is exact.
+    const D high = k * L::set(0x1.62e42fefa38p-1) + L::gather(&s_logarithms[0].high, entry);
+    const D low = k * L::set(0x1.ef35793c7673p-45) + L::gather(&s_logarithms[0].low, entry);
+    return high + (r + (low + rest));
 }
 
 // Any x: -infinity at 0, the missing value below.

@@ -65,11 +65,10 @@ constexpr Pair exponential(Pair x)
     return result;
 }
 
-// By the series of 2 artanh((x - 1)/(x + 1)), for x near 1.
+// By the series of 2 artanh((x - 1)/(x + 1)), for x near 1 of so few bits that x + 1 is exact.
 constexpr Pair logarithm(double x)
 {
-    const Pair denominator = sum(x, 1.0); // exact for ten bits: its low part is 0
-    const Pair t = Pair{x - 1.0, 0.0} / denominator.high;
+    const Pair t = Pair{x - 1.0, 0.0} / (x + 1.0);
     const Pair square = t * t;
     Pair result = t, power = t;
     for (int k = 3; k <= 61; k += 2) {
@@ -96,19 +95,38 @@ constexpr std::array<ExponentialEntry, s_table_size> make_exponentials()
     return table;
 }
 
+// How far the product of a number and its rounded reciprocal is from 1.
+constexpr double reciprocal_error(double x)
+{
+    const Pair one = product(x, 1.0 / x);
+    const double error = (one.high - 1.0) + one.low;
+    return error < 0 ? -error : error;
+}
+
+// The number near `middle` whose reciprocal is rounded least.
+constexpr double centre_near(double middle)
+{
+    double best = middle;
+    for (int i = -64; i <= 64; ++i) {
+        const double candidate = middle + i * 0x1p-20;
+        if (reciprocal_error(candidate) < reciprocal_error(best))
+            best = candidate;
+    }
+    return best;
+}
+
 constexpr std::array<LogarithmEntry, s_table_size> make_logarithms()
 {
     std::array<LogarithmEntry, s_table_size> table{};
     for (int j = 0; j < s_table_size; ++j) {
         // The parts run from 0x1.6p-1 up to 1 in steps of 1/256, then on to 0x1.6p0 in steps of 1/128.
-        const int below_one = 80;
+        constexpr int below_one = 80;
+        const bool next_to_one = j >= below_one - 2 && j <= below_one;
         const double middle = j < below_one ? 0x1.6p-1 + (j + 0.5) / 256 : 1.0 + (j - below_one + 0.5) / 128;
-        double reciprocal = rounded(1.0 / middle, 0x1p-9);
-        if (j == below_one - 1 || j == below_one)
-            reciprocal = 1.0;
-        const Pair minus = logarithm(reciprocal);
-        const double high = -rounded(minus.high, 0x1p-42);
-        table[static_cast<std::size_t>(j)] = {reciprocal, high, (-minus.high - high) - minus.low, 0.0};
+        const double centre = next_to_one ? 1.0 : centre_near(middle);
+        const Pair ln = logarithm(centre);
+        const double high = rounded(ln.high, 0x1p-42);
+        table[static_cast<std::size_t>(j)] = {centre, 1.0 / centre, high, (ln.high - high) + ln.low};
     }
     return table;
 }

@@ -15,14 +15,14 @@ struct ExponentialEntry {
 };
 extern const std::array<ExponentialEntry, s_table_size> s_exponentials;
 
-// For the j-th part of the mantissas from 0x1.6p-1 on: a reciprocal of ten bits of a number inside it, and minus its
-// logarithm; the high part is a multiple of 2^-42, so that multiples of ln 2 can be added without rounding. Next to 1
-// the reciprocal is 1, so that logarithms keep their relative accuracy there.
+// For the j-th part of the mantissas from 0x1.6p-1 on: a number inside it of few bits, its reciprocal, which hardly
+// needs rounding, and its logarithm; the high part is a multiple of 2^-42, so that multiples of ln 2 can be added
+// without rounding. Next to 1 the number is 1, so that logarithms keep their relative accuracy there.
 struct LogarithmEntry {
+    double centre;
     double reciprocal;
     double high;
     double low;
-    double unused; // a power of two is quicker to index
 };
 extern const std::array<LogarithmEntry, s_table_size> s_logarithms;
 

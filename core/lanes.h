@@ -10,7 +10,8 @@
 namespace qmml {
 
 // A policy offers D (numbers), M (masks), I (their bits as 64-bit integers), the operators of the language on D, + - &
-// | ^ on I, and these functions. Comparisons are quiet: a NaN compares false and raises no fault.
+// | ^ on I, and these functions. A NaN compares false; the scalar comparisons raise no fault, the vector
+// ones may, and run where faults are masked.
 struct ScalarLane {
     using D = double;
     using M = bool;
