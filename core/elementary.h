@@ -28,11 +28,17 @@ inline double exp(double x) noexcept
     return exp_special(x);
 }
 
+// For arguments known to be positive, normal and finite.
+inline double log_ordinary(double x) noexcept
+{
+    return log_normal_range<ScalarLane>(x, s_exponent_origin);
+}
+
 inline double log(double x) noexcept
 {
     const auto bits = std::bit_cast<std::uint64_t>(x);
     if (bits - 0x0010000000000000u < 0x7fe0000000000000u) [[likely]] // positive, normal, finite
-        return log_normal_range<ScalarLane>(x, s_exponent_origin);
+        return log_ordinary(x);
     return log_special(x);
 }
 

@@ -145,15 +145,14 @@ inline Reduced<L> reduce_quarter_turns(typename L::D x) noexcept
     const D shifted = x * L::set(0x1.45f306dc9c883p-1) + L::set(s_round_magic);
     const D n = shifted - L::set(s_round_magic);
     const D r0 = x - n * L::set(1.57079632673412561417e+00);
-    // Two exact differences: near a multiple of a quarter turn nearly all digits cancel.
+    // Two exact differences: near a multiple of a quarter turn nearly all digits cancel. What is subtracted from is
+    // always a multiple of the subtrahend's last place, which makes the short form of the error exact.
     const D w1 = n * L::set(6.07710050630396597660e-11);
     const D r1 = r0 - w1;
-    const D b1 = r1 - r0;
-    const D lost1 = (r0 - (r1 - b1)) - (w1 + b1);
+    const D lost1 = (r0 - r1) - w1;
     const D w2 = n * L::set(2.02226624871116645580e-21);
     const D r2 = r1 - w2;
-    const D b2 = r2 - r1;
-    const D lost2 = (r1 - (r2 - b2)) - (w2 + b2);
+    const D lost2 = (r1 - r2) - w2;
     const D rest = (lost1 + lost2) - n * L::set(8.47842766036889956997e-32);
     const D angle = r2 + rest;
     return {angle, (r2 - angle) + rest, L::as_bits(shifted)};
@@ -194,12 +193,9 @@ inline typename L::D sin_of_reduced(const Reduced<L>& reduced, unsigned turns) n
 {
     const auto n = reduced.quadrant + L::bits(turns);
     const auto swap = L::any_bit(n & L::bits(1));
-    typename L::D y;
-    if constexpr (L::width == 1)
-        y = swap ? cos_polynomial<L>(reduced.angle, reduced.tail) : sin_polynomial<L>(reduced.angle, reduced.tail);
-    else
-        y = L::select(swap, cos_polynomial<L>(reduced.angle, reduced.tail),
-                      sin_polynomial<L>(reduced.angle, reduced.tail));
+    // Both, for a single number too: which one is needed is a guess on data.
+    const auto y =
+        L::select(swap, cos_polynomial<L>(reduced.angle, reduced.tail), sin_polynomial<L>(reduced.angle, reduced.tail));
     const auto sign = L::template shift_left<62>(n & L::bits(2));
     return L::as_number(L::as_bits(y) ^ sign);
 }

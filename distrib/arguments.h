@@ -17,9 +17,9 @@ inline bool calm_point(double x, double location, double scale) noexcept
 }
 
 // The same for exp(-z), which overflows far below the location.
-inline bool calm_exponent(double x, double location, double scale) noexcept
+inline bool calm_exponent(double x, double location, double scale, double limit = 700.0) noexcept
 {
-    return calm_point(x, location, scale) && standardised(x, location, scale) > -700;
+    return calm_point(x, location, scale) && standardised(x, location, scale) > -limit;
 }
 
 inline bool calm_quantile(double p, double location, double scale) noexcept

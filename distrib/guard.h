@@ -52,10 +52,22 @@ inline double shielded(Body body) noexcept
 // comparison with a NaN is a fault itself.
 inline constexpr double s_calm_limit = 0x1p100;
 
-// |v| <= limit, zero and denormal numbers included.
+// Bounds that are powers of two are met by the upper halves of the bits alone, which are cheaper constants.
+constexpr std::uint32_t upper_half(double v) noexcept
+{
+    return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(v) >> 32);
+}
+constexpr bool has_upper_half_only(double v) noexcept
+{
+    return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(v)) == 0;
+}
+
+// |v| < limit, zero and denormal numbers included.
 inline bool within(double v, double limit) noexcept
 {
-    return std::bit_cast<std::uint64_t>(v) << 1 <= std::bit_cast<std::uint64_t>(limit) << 1;
+    if (has_upper_half_only(limit))
+        return (upper_half(v) & 0x7fffffffu) < upper_half(limit);
+    return std::bit_cast<std::uint64_t>(v) << 1 < std::bit_cast<std::uint64_t>(limit) << 1;
 }
 
 template <class... V>
@@ -67,6 +79,8 @@ inline bool moderate(V... v) noexcept
 // low <= v < high for positive bounds.
 inline bool between(double v, double low, double high) noexcept
 {
+    if (has_upper_half_only(low) && has_upper_half_only(high))
+        return upper_half(v) - upper_half(low) < upper_half(high) - upper_half(low);
     const auto bits = std::bit_cast<std::uint64_t>(v), first = std::bit_cast<std::uint64_t>(low);
     return bits - first < std::bit_cast<std::uint64_t>(high) - first;
 }

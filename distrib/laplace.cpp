@@ -28,16 +28,17 @@ static double laplace_lower(double x, double location, double scale) noexcept
 }
 
 // Leaves the last error alone.
+template <double (*Log)(double) noexcept>
 static double laplace_quantile_formula(double p, double location, double scale) noexcept
 {
     const bool below = p <= 0.5;
-    const double ln = elementary::log(2 * (below ? p : 1 - p));
+    const double ln = Log(2 * (below ? p : 1 - p));
     return location + scale * (below ? ln : -ln);
 }
 
 static double laplace_quantile(double p, double location, double scale) noexcept
 {
-    return laplace_quantile_formula(clamped(p), location, scale);
+    return laplace_quantile_formula<elementary::log>(clamped(p), location, scale);
 }
 
 } // namespace qmml
@@ -56,6 +57,6 @@ double i_laplace(double x, double location, double scale)
 
 double v_laplace(double p, double location, double scale)
 {
-    return qmml::guarded<qmml::laplace_quantile_formula, qmml::laplace_quantile>(
+    return qmml::guarded<qmml::laplace_quantile_formula<qmml::elementary::log_ordinary>, qmml::laplace_quantile>(
         qmml::calm_quantile(p, location, scale), p, location, scale);
 }

@@ -10,21 +10,24 @@ namespace qmml {
 static constexpr double s_infinity = std::numeric_limits<double>::infinity();
 static constexpr double s_least_scale = 1e-6; // of the lower tail, which is 0 below it
 
-// e r r with r = 1 / (1 + e): no step leaves the range while e is finite.
+// One division, with room for the square and the scale.
 static double logistic_density_formula(double x, double location, double scale) noexcept
 {
     const double e = elementary::exp(-standardised(x, location, scale));
-    const double r = 1 / (1 + e);
-    return distr_ok(e * r * r / scale);
+    return distr_ok(e / ((1 + e) * (1 + e) * scale));
 }
+
+static constexpr double s_exponent_with_room = 300.0;
 
 static double logistic_density(double x, double location, double scale) noexcept
 {
     if (scale <= 0)
         return distr_fail();
-    if (elementary::exp(-standardised(x, location, scale)) == s_infinity) // times 0 it would be a NaN
+    const double e = elementary::exp(-standardised(x, location, scale));
+    if (e == s_infinity) // times 0 it would be a NaN
         return distr_ok(0);
-    return logistic_density_formula(x, location, scale);
+    const double r = 1 / (1 + e);
+    return distr_ok(e * r * r / scale);
 }
 
 // Leaves the last error alone.
@@ -38,14 +41,15 @@ static double logistic_lower(double x, double location, double scale) noexcept
     return scale < s_least_scale ? 0 : logistic_lower_formula(x, location, scale);
 }
 
+template <double (*Log)(double) noexcept>
 static double logistic_quantile_formula(double p, double location, double scale) noexcept
 {
-    return distr_ok(location + scale * elementary::log(p / (1 - p)));
+    return distr_ok(location + scale * Log(p / (1 - p)));
 }
 
 static double logistic_quantile(double p, double location, double scale) noexcept
 {
-    return p == 1 ? distr_fail() : logistic_quantile_formula(zero_outside(p), location, scale);
+    return p == 1 ? distr_fail() : logistic_quantile_formula<elementary::log>(zero_outside(p), location, scale);
 }
 
 } // namespace qmml
@@ -53,7 +57,7 @@ static double logistic_quantile(double p, double location, double scale) noexcep
 double d_logis(double x, double location, double scale)
 {
     return qmml::shielded<qmml::logistic_density_formula, qmml::logistic_density>(
-        qmml::calm_exponent(x, location, scale), x, location, scale);
+        qmml::calm_exponent(x, location, scale, qmml::s_exponent_with_room), x, location, scale);
 }
 
 double i_logis(double x, double location, double scale)
@@ -65,6 +69,6 @@ double i_logis(double x, double location, double scale)
 
 double v_logis(double p, double location, double scale)
 {
-    return qmml::guarded<qmml::logistic_quantile_formula, qmml::logistic_quantile>(
+    return qmml::guarded<qmml::logistic_quantile_formula<qmml::elementary::log_ordinary>, qmml::logistic_quantile>(
         qmml::calm_quantile(p, location, scale), p, location, scale);
 }

@@ -7,11 +7,6 @@
 #include "interp/column_kernels.h"
 #include "interp/operations.h"
 
-namespace qmml::elementary {
-double sin_special(double x) noexcept;
-double cos_special(double x) noexcept;
-} // namespace qmml::elementary
-
 namespace qmml::interp {
 
 template <class L>

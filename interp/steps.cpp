@@ -46,8 +46,11 @@ struct PlainMaximum {
 };
 template <class Op>
 struct Same {
-    static double apply(const Step&, double a, double b) noexcept { return Op::template apply<ScalarLane>(a, b); }
-    static double apply(const Step&, double a) noexcept { return Op::template apply<ScalarLane>(a); }
+    template <class... D>
+    static auto apply(const Step&, D... operands) noexcept -> decltype(Op::template apply<ScalarLane>(operands...))
+    {
+        return Op::template apply<ScalarLane>(operands...);
+    }
 };
 
 // An operand outside the domain: the steps go on with a number that does them no harm, and their result is thrown away.
@@ -133,18 +136,27 @@ double binary(const Step& step, double previous) noexcept
     return keep(step, Op::apply(step, fetch<A>(step, 0, previous), fetch<B>(step, 1, previous)));
 }
 
+template <class Op>
+inline double apply_to_memory(const Step& step) noexcept
+{
+    if constexpr (requires { Op::apply(step, 0.0, 0.0); })
+        return Op::apply(step, *step.source[0], *step.source[1]);
+    else
+        return Op::apply(step, *step.source[0]);
+}
+
 // Two operations in one step: the inner one on memory, the outer one on its result and on a third operand.
 template <class Outer, class Inner, Place Other>
 double inner_right(const Step& step, double previous) noexcept
 {
-    const double inner = Inner::apply(step, *step.source[0], *step.source[1]);
+    const double inner = apply_to_memory<Inner>(step);
     return keep(step, Outer::apply(step, fetch<Other>(step, 2, previous), inner));
 }
 
 template <class Outer, class Inner>
 double inner_left(const Step& step, double) noexcept
 {
-    const double inner = Inner::apply(step, *step.source[0], *step.source[1]);
+    const double inner = apply_to_memory<Inner>(step);
     return keep(step, Outer::apply(step, inner, *step.source[2]));
 }
 
@@ -215,25 +227,33 @@ constexpr FusedRuns fused_runs(Operation outer, Operation inner)
             inner_left<Outer, Inner>};
 }
 
-// Not a division in a division: a step has one substitute.
+// Not in a division: a step has one substitute.
 template <class Outer>
-constexpr std::array<FusedRuns, 4> arithmetic_in(Operation outer)
+constexpr auto arithmetic_in(Operation outer)
 {
-    return {fused_runs<Outer, PlainAdd>(outer, Operation::add),
-            fused_runs<Outer, PlainSubtract>(outer, Operation::subtract),
-            fused_runs<Outer, PlainMultiply>(outer, Operation::multiply),
-            fused_runs<Outer, CheckedDivide>(outer, Operation::divide)};
+    return std::to_array<FusedRuns>({
+        fused_runs<Outer, PlainAdd>(outer, Operation::add),
+        fused_runs<Outer, PlainSubtract>(outer, Operation::subtract),
+        fused_runs<Outer, PlainMultiply>(outer, Operation::multiply),
+        fused_runs<Outer, CheckedDivide>(outer, Operation::divide),
+        fused_runs<Outer, Same<Absolute>>(outer, Operation::absolute),
+        fused_runs<Outer, CheckedSquareRoot>(outer, Operation::square_root),
+        fused_runs<Outer, CheckedExponential>(outer, Operation::exponential),
+        fused_runs<Outer, CheckedLogarithm>(outer, Operation::logarithm),
+        fused_runs<Outer, PlainSine>(outer, Operation::sine),
+        fused_runs<Outer, PlainCosine>(outer, Operation::cosine),
+    });
 }
 
 template <class Outer>
-constexpr std::array<FusedRuns, 6> relations_in(Operation outer)
+constexpr auto relations_in(Operation outer)
 {
-    return {fused_runs<Outer, PlainEqual>(outer, Operation::equal),
-            fused_runs<Outer, PlainNotEqual>(outer, Operation::not_equal),
-            fused_runs<Outer, PlainGreater>(outer, Operation::greater),
-            fused_runs<Outer, PlainGreaterEqual>(outer, Operation::greater_equal),
-            fused_runs<Outer, PlainLess>(outer, Operation::less),
-            fused_runs<Outer, PlainLessEqual>(outer, Operation::less_equal)};
+    return std::to_array<FusedRuns>({fused_runs<Outer, PlainEqual>(outer, Operation::equal),
+                                     fused_runs<Outer, PlainNotEqual>(outer, Operation::not_equal),
+                                     fused_runs<Outer, PlainGreater>(outer, Operation::greater),
+                                     fused_runs<Outer, PlainGreaterEqual>(outer, Operation::greater_equal),
+                                     fused_runs<Outer, PlainLess>(outer, Operation::less),
+                                     fused_runs<Outer, PlainLessEqual>(outer, Operation::less_equal)});
 }
 
 template <class Table>
@@ -244,12 +264,12 @@ auto find(const Table& table, Operation operation) noexcept
 
 const FusedRuns* find_fused(Operation outer, Operation inner) noexcept
 {
-    static constexpr std::array<FusedRuns, 4> s_arithmetic[] = {arithmetic_in<PlainAdd>(Operation::add),
-                                                                arithmetic_in<PlainSubtract>(Operation::subtract),
-                                                                arithmetic_in<PlainMultiply>(Operation::multiply)};
+    static constexpr auto s_arithmetic =
+        std::to_array({arithmetic_in<PlainAdd>(Operation::add), arithmetic_in<PlainSubtract>(Operation::subtract),
+                       arithmetic_in<PlainMultiply>(Operation::multiply)});
     // Of two truth values the product is "and", the greater one "or".
-    static constexpr std::array<FusedRuns, 6> s_logic[] = {relations_in<PlainMultiply>(Operation::multiply),
-                                                           relations_in<PlainMaximum>(Operation::maximum)};
+    static constexpr auto s_logic = std::to_array(
+        {relations_in<PlainMultiply>(Operation::multiply), relations_in<PlainMaximum>(Operation::maximum)});
     const auto search = [=](const auto& tables) -> const FusedRuns* {
         for (const auto& table : tables)
             for (const auto& runs : table)

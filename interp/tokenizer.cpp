@@ -20,10 +20,10 @@ static constexpr double s_euler = 2.7182818;
 static constexpr double s_pi = 3.1415926;
 
 static constexpr auto s_operator_codes = [] {
-    std::array<signed char, 256> codes{};
+    std::array<int, 256> codes{};
     codes.fill(-1);
     for (std::size_t i = s_operator_characters.size(); i-- > 0;)
-        codes[static_cast<unsigned char>(s_operator_characters[i])] = static_cast<signed char>(i);
+        codes[static_cast<unsigned char>(s_operator_characters[i])] = static_cast<int>(i);
     return codes;
 }();
 

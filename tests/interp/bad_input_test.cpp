@@ -66,7 +66,7 @@ TEST(HostileFormula, OfRandomBytesGivesAValueOrAnErrorInsideTheText)
     for (int i = 0; i < 20000; ++i) {
         std::string text(random() % 40, ' ');
         for (char& c : text)
-            c = static_cast<char>(random() % 3 == 0 ? 1 + random() % 255 : "x1+(,)=<q.; "[random() % 12]);
+            c = random() % 3 == 0 ? static_cast<char>(1 + random() % 255) : "x1+(,)=<q.; "[random() % 12];
         ExInterpreter interpreter(text.c_str(), 3);
         double result = 0.0;
         if (interpreter.ExpresVal(&result, 1.0, 2.0, 3.0) == 0) {
