@@ -60,12 +60,9 @@ static_assert(in_order());
 static double call(const Entry& entry, double x, const double* parameters)
 {
     switch (entry.parameters) {
-    case 1:
-        return entry.one(x, parameters[0]);
-    case 2:
-        return entry.two(x, parameters[0], parameters[1]);
-    default:
-        return entry.three(x, parameters[0], parameters[1], parameters[2]);
+    case 1: return entry.one(x, parameters[0]);
+    case 2: return entry.two(x, parameters[0], parameters[1]);
+    default: return entry.three(x, parameters[0], parameters[1], parameters[2]);
     }
 }
 

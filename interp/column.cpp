@@ -42,14 +42,16 @@ public:
     }
 
     bool ready() const noexcept { return m_workspace.good(); }
-    void block(double* result, std::ptrdiff_t first, int n, UnaryKernel outcome) noexcept;
+    void block(double* result, std::ptrdiff_t first, int n, bool streaming) noexcept;
 
 private:
     void point_at_variables(std::ptrdiff_t first, int n) noexcept;
     void prefetch_next(std::ptrdiff_t first) const noexcept;
     const double* operand(const Instruction& instruction, int i) const noexcept;
     void execute_block(const Instruction& instruction, int n, int padded) noexcept;
-    bool normal(const Instruction& instruction, double* out, int padded) noexcept;
+    bool run_kernel(const Instruction& instruction, const OperationKernels& kernels, double* out, int padded) noexcept;
+    bool run_normal(const Instruction& instruction, const OperationKernels& kernels, double* out, int padded) noexcept;
+    void finish(const OperationKernels& kernels, double* out, int n, int padded) noexcept;
     void case_by_case(const Instruction& instruction, double* out, int n) noexcept;
 
     const Program& m_program;
@@ -116,7 +118,8 @@ void ColumnEvaluation::case_by_case(const Instruction& instruction, double* out,
 }
 
 // Only with parameters that are the same for every case and that the functions would accept without a fault.
-bool ColumnEvaluation::normal(const Instruction& instruction, double* out, int padded) noexcept
+bool ColumnEvaluation::run_normal(const Instruction& instruction, const OperationKernels& kernels, double* out,
+                                  int padded) noexcept
 {
     if (!instruction.from[0].varies || instruction.from[1].varies || instruction.from[2].varies)
         return false;
@@ -124,12 +127,63 @@ bool ColumnEvaluation::normal(const Instruction& instruction, double* out, int p
     if (!is_finite(mu) || !is_finite(sigma) || !(sigma > 0))
         return false;
     if (instruction.operation == Operation::normal) {
-        m_kernels.normal(out, operand(instruction, 0), mu, sigma, padded);
+        kernels.normal(out, operand(instruction, 0), mu, sigma, padded);
     } else {
-        m_kernels.lower_normal(out, operand(instruction, 0), mu, sigma, padded);
+        kernels.lower_normal(out, operand(instruction, 0), mu, sigma, padded);
         distr_ok(0.0);
     }
     return true;
+}
+
+// False for an operation that is called case by case.
+bool ColumnEvaluation::run_kernel(const Instruction& instruction, const OperationKernels& kernels, double* out,
+                                  int padded) noexcept
+{
+    const auto binary = [&](const BinaryKernels& choice) {
+        const bool left = instruction.from[0].varies, right = instruction.from[1].varies;
+        const BinaryKernel kernel = left && right ? choice.both : left ? choice.left : choice.right;
+        kernel(out, operand(instruction, 0), operand(instruction, 1), padded);
+        return true;
+    };
+    const auto unary = [&](UnaryKernel kernel) {
+        kernel(out, operand(instruction, 0), padded);
+        return true;
+    };
+
+    switch (instruction.operation) {
+    case Operation::multiply: return binary(kernels.multiply);
+    case Operation::divide: return binary(kernels.divide);
+    case Operation::add: return binary(kernels.add);
+    case Operation::subtract: return binary(kernels.subtract);
+    case Operation::equal: return binary(kernels.equal);
+    case Operation::greater: return binary(kernels.greater);
+    case Operation::greater_equal: return binary(kernels.greater_equal);
+    case Operation::less: return binary(kernels.less);
+    case Operation::less_equal: return binary(kernels.less_equal);
+    case Operation::not_equal: return binary(kernels.not_equal);
+    case Operation::logical_and: return binary(kernels.logical_and);
+    case Operation::logical_or: return binary(kernels.logical_or);
+    case Operation::logical_not: return unary(kernels.logical_not);
+    case Operation::minus: return unary(kernels.minus);
+    case Operation::absolute: return unary(kernels.absolute);
+    case Operation::sign: return unary(kernels.sign);
+    case Operation::truncate: return unary(kernels.truncate);
+    case Operation::square_root: return unary(kernels.square_root);
+    case Operation::exponential: return unary(kernels.exponential);
+    case Operation::logarithm: return unary(kernels.logarithm);
+    case Operation::sine: return unary(kernels.sine);
+    case Operation::cosine: return unary(kernels.cosine);
+    case Operation::minimum: return binary(kernels.minimum);
+    case Operation::maximum: return binary(kernels.maximum);
+    case Operation::power:
+        if (!instruction.from[1].varies && *instruction.source[1] == 2.0)
+            return unary(kernels.square);
+        break;
+    case Operation::normal:
+    case Operation::lower_normal: return run_normal(instruction, kernels, out, padded);
+    default: break;
+    }
+    return false;
 }
 
 void ColumnEvaluation::execute_block(const Instruction& instruction, int n, int padded) noexcept
@@ -139,99 +193,47 @@ void ColumnEvaluation::execute_block(const Instruction& instruction, int n, int 
         return;
     }
     double* const out = m_workspace.block(instruction.result);
-    const auto binary = [&](const BinaryKernels& kernels) {
-        const bool left = instruction.from[0].varies, right = instruction.from[1].varies;
-        const BinaryKernel kernel = left && right ? kernels.both : left ? kernels.left : kernels.right;
-        kernel(out, operand(instruction, 0), operand(instruction, 1), padded);
-    };
-    const auto unary = [&](UnaryKernel kernel) { kernel(out, operand(instruction, 0), padded); };
-
-    switch (instruction.operation) {
-    case Operation::multiply:
-        return binary(m_kernels.multiply);
-    case Operation::divide:
-        return binary(m_kernels.divide);
-    case Operation::add:
-        return binary(m_kernels.add);
-    case Operation::subtract:
-        return binary(m_kernels.subtract);
-    case Operation::equal:
-        return binary(m_kernels.equal);
-    case Operation::greater:
-        return binary(m_kernels.greater);
-    case Operation::greater_equal:
-        return binary(m_kernels.greater_equal);
-    case Operation::less:
-        return binary(m_kernels.less);
-    case Operation::less_equal:
-        return binary(m_kernels.less_equal);
-    case Operation::not_equal:
-        return binary(m_kernels.not_equal);
-    case Operation::logical_and:
-        return binary(m_kernels.logical_and);
-    case Operation::logical_or:
-        return binary(m_kernels.logical_or);
-    case Operation::logical_not:
-        return unary(m_kernels.logical_not);
-    case Operation::minus:
-        return unary(m_kernels.minus);
-    case Operation::absolute:
-        return unary(m_kernels.absolute);
-    case Operation::sign:
-        return unary(m_kernels.sign);
-    case Operation::truncate:
-        return unary(m_kernels.truncate);
-    case Operation::square_root:
-        return unary(m_kernels.square_root);
-    case Operation::exponential:
-        return unary(m_kernels.exponential);
-    case Operation::logarithm:
-        return unary(m_kernels.logarithm);
-    case Operation::sine:
-        return unary(m_kernels.sine);
-    case Operation::cosine:
-        return unary(m_kernels.cosine);
-    case Operation::minimum:
-        return binary(m_kernels.minimum);
-    case Operation::maximum:
-        return binary(m_kernels.maximum);
-    case Operation::power:
-        if (!instruction.from[1].varies && *instruction.source[1] == 2.0)
-            return unary(m_kernels.square);
-        break;
-    case Operation::normal:
-    case Operation::lower_normal:
-        if (normal(instruction, out, padded))
-            return;
-        break;
-    default:
-        break;
-    }
-    case_by_case(instruction, out, n);
+    if (!run_kernel(instruction, m_kernels.intermediate, out, padded))
+        case_by_case(instruction, out, n);
 }
 
-void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n, UnaryKernel outcome) noexcept
+// The last instruction of a formula mostly gives its value, and can put it where it belongs.
+void ColumnEvaluation::finish(const OperationKernels& kernels, double* out, int n, int padded) noexcept
+{
+    const Operand& result = m_program.result;
+    const Instruction* const last = m_program.instructions.empty() ? nullptr : &m_program.instructions.back();
+    if (last != nullptr) {
+        const bool is_result = result.kind == Operand::temporary && result.index == last->result && last->varies;
+        if (is_result && run_kernel(*last, kernels, out, padded))
+            return;
+        execute_block(*last, n, padded);
+    }
+    if (result.varies) {
+        const double* const source = result.kind == Operand::variable
+                                         ? m_variables[result.index]
+                                         : m_workspace.block(static_cast<int>(result.index));
+        kernels.copy(out, source, padded);
+    } else {
+        alignas(64) double copies[s_block];
+        std::fill_n(copies, padded, *m_program.result_source);
+        kernels.copy(out, copies, padded);
+    }
+}
+
+void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n, bool streaming) noexcept
 {
     const int padded = (n + 7) / 8 * 8;
     point_at_variables(first, n);
     if (n == s_block)
         prefetch_next(first);
-    for (const auto& instruction : m_program.instructions)
-        execute_block(instruction, n, padded);
-
-    const Operand& last = m_program.result;
-    alignas(64) double copy[s_block];
-    const double* source = copy;
-    if (!last.varies)
-        std::fill_n(copy, padded, *m_program.result_source);
-    else
-        source =
-            last.kind == Operand::variable ? m_variables[last.index] : m_workspace.block(static_cast<int>(last.index));
+    for (std::size_t i = 0; i + 1 < m_program.instructions.size(); ++i)
+        execute_block(m_program.instructions[i], n, padded);
     if (n == s_block) {
-        outcome(result + first, source, n);
+        finish(streaming ? m_kernels.streamed : m_kernels.last, result + first, n, padded);
     } else {
-        m_kernels.outcome(copy, source, padded);
-        std::copy_n(copy, n, result + first);
+        alignas(64) double ragged[s_block];
+        finish(m_kernels.last, ragged, n, padded);
+        std::copy_n(ragged, n, result + first);
     }
 }
 
@@ -253,14 +255,12 @@ bool evaluate_column(const Program& program, const Graph& graph, double* result,
     ColumnEvaluation evaluation(program, graph, columns);
     if (!evaluation.ready())
         return false;
-    const ColumnKernels& kernels = column_kernels();
     const bool streaming = n >= s_streaming_length;
     std::ptrdiff_t first = streaming ? cases_before_line(result) : 0;
     if (first > 0)
-        evaluation.block(result, 0, static_cast<int>(first), kernels.outcome);
+        evaluation.block(result, 0, static_cast<int>(first), false);
     for (; first < n; first += s_block)
-        evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)),
-                         streaming ? kernels.streamed_outcome : kernels.outcome);
+        evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)), streaming);
     if (streaming)
         platform::finish_streaming();
     return true;

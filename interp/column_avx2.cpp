@@ -4,6 +4,6 @@
 
 namespace qmml::interp {
 
-constinit const ColumnKernels s_avx2_kernels = BlockKernels<platform::Avx2Lane>::table("avx2", platform::has_avx2);
+constinit const ColumnKernels s_avx2_kernels = column_kernels_of<platform::Avx2Lane>("avx2", platform::has_avx2);
 
 } // namespace qmml::interp

@@ -5,6 +5,6 @@
 namespace qmml::interp {
 
 constinit const ColumnKernels s_avx512_kernels =
-    BlockKernels<platform::Avx512Lane>::table("avx512", platform::has_avx512);
+    column_kernels_of<platform::Avx512Lane>("avx512", platform::has_avx512);
 
 } // namespace qmml::interp

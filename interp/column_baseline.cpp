@@ -8,6 +8,6 @@ static bool always() noexcept
     return true;
 }
 
-constinit const ColumnKernels s_baseline_kernels = BlockKernels<platform::BaselineLane>::table("baseline", always);
+constinit const ColumnKernels s_baseline_kernels = column_kernels_of<platform::BaselineLane>("baseline", always);
 
 } // namespace qmml::interp

@@ -17,17 +17,21 @@ struct BinaryKernels {
     BinaryKernel both, left, right; // which operands vary
 };
 
-struct ColumnKernels {
-    const char* name;
-    bool (*supported)() noexcept;
+struct OperationKernels {
     BinaryKernels add, subtract, multiply, divide;
     BinaryKernels equal, not_equal, greater, greater_equal, less, less_equal;
     BinaryKernels logical_and, logical_or, minimum, maximum;
     UnaryKernel logical_not, minus, absolute, sign, truncate, square_root, square;
-    UnaryKernel exponential, logarithm, sine, cosine;
+    UnaryKernel exponential, logarithm, sine, cosine, copy;
     NormalKernel normal, lower_normal; // sigma not zero, both parameters finite
-    UnaryKernel outcome;
-    UnaryKernel streamed_outcome; // to a cache line's start, past the caches
+};
+
+struct ColumnKernels {
+    const char* name;
+    bool (*supported)() noexcept;
+    OperationKernels intermediate;
+    OperationKernels last;     // make the formula's value of the result: what is infinite or denormal becomes missing
+    OperationKernels streamed; // the same, to a cache line's start, past the caches
 };
 
 extern const ColumnKernels s_baseline_kernels, s_avx2_kernels, s_avx512_kernels;

@@ -9,7 +9,38 @@
 
 namespace qmml::interp {
 
-template <class L>
+// What becomes of a result.
+struct Intermediate {
+    template <class L>
+    static void put(double* out, typename L::D v) noexcept
+    {
+        L::store(out, v);
+    }
+};
+struct Last {
+    template <class L>
+    static void put(double* out, typename L::D v) noexcept
+    {
+        L::store(out, outcome<L>(v));
+    }
+};
+struct Streamed {
+    template <class L>
+    static void put(double* out, typename L::D v) noexcept
+    {
+        L::stream(out, outcome<L>(v));
+    }
+};
+
+struct Copy {
+    template <class L>
+    static typename L::D apply(typename L::D a) noexcept
+    {
+        return a;
+    }
+};
+
+template <class L, class Sink>
 struct BlockKernels {
     using D = typename L::D;
 
@@ -17,14 +48,14 @@ struct BlockKernels {
     static void unary(double* out, const double* a, int n) noexcept
     {
         for (int i = 0; i < n; i += L::width)
-            L::store(out + i, Op::template apply<L>(L::load(a + i)));
+            Sink::template put<L>(out + i, Op::template apply<L>(L::load(a + i)));
     }
 
     template <class Op>
     static void both(double* out, const double* a, const double* b, int n) noexcept
     {
         for (int i = 0; i < n; i += L::width)
-            L::store(out + i, Op::template apply<L>(L::load(a + i), L::load(b + i)));
+            Sink::template put<L>(out + i, Op::template apply<L>(L::load(a + i), L::load(b + i)));
     }
 
     // A constant that is no NaN need not be told from one in every case.
@@ -43,10 +74,10 @@ struct BlockKernels {
         const D right = L::set(*b);
         if (*b == *b)
             for (int i = 0; i < n; i += L::width)
-                L::store(out + i, apply_with_number<Op>(L::load(a + i), right));
+                Sink::template put<L>(out + i, apply_with_number<Op>(L::load(a + i), right));
         else
             for (int i = 0; i < n; i += L::width)
-                L::store(out + i, Op::template apply<L>(L::load(a + i), right));
+                Sink::template put<L>(out + i, Op::template apply<L>(L::load(a + i), right));
     }
 
     template <class Op>
@@ -55,10 +86,10 @@ struct BlockKernels {
         const D value = L::set(*a);
         if (*a == *a)
             for (int i = 0; i < n; i += L::width)
-                L::store(out + i, apply_with_number<Op>(value, L::load(b + i)));
+                Sink::template put<L>(out + i, apply_with_number<Op>(value, L::load(b + i)));
         else
             for (int i = 0; i < n; i += L::width)
-                L::store(out + i, Op::template apply<L>(value, L::load(b + i)));
+                Sink::template put<L>(out + i, Op::template apply<L>(value, L::load(b + i)));
     }
 
     template <class Op>
@@ -67,13 +98,13 @@ struct BlockKernels {
     static void exponential(double* out, const double* a, int n) noexcept
     {
         for (int i = 0; i < n; i += L::width)
-            L::store(out + i, elementary::exp<L>(L::load(a + i)));
+            Sink::template put<L>(out + i, elementary::exp<L>(L::load(a + i)));
     }
 
     static void logarithm(double* out, const double* a, int n) noexcept
     {
         for (int i = 0; i < n; i += L::width)
-            L::store(out + i, elementary::log<L>(L::load(a + i)));
+            Sink::template put<L>(out + i, elementary::log<L>(L::load(a + i)));
     }
 
     // Huge angles, infinities and NaNs are rare: the block is gone over again for them.
@@ -94,7 +125,7 @@ struct BlockKernels {
                         fixed[k] = Special(in[k]);
                 y = L::load(fixed);
             }
-            L::store(out + i, y);
+            Sink::template put<L>(out + i, y);
         }
     }
 
@@ -102,33 +133,19 @@ struct BlockKernels {
     {
         const D m = L::set(mu), s = L::set(sigma);
         for (int i = 0; i < n; i += L::width)
-            L::store(out + i, normal_density_lane<L>((L::load(x + i) - m) / s) / s);
+            Sink::template put<L>(out + i, normal_density_lane<L>((L::load(x + i) - m) / s) / s);
     }
 
     static void lower_normal(double* out, const double* x, double mu, double sigma, int n) noexcept
     {
         const D m = L::set(mu), s = L::set(sigma);
         for (int i = 0; i < n; i += L::width)
-            L::store(out + i, normal_lower_lane<L>((L::load(x + i) - m) / s));
+            Sink::template put<L>(out + i, normal_lower_lane<L>((L::load(x + i) - m) / s));
     }
 
-    static void finish(double* out, const double* a, int n) noexcept
-    {
-        for (int i = 0; i < n; i += L::width)
-            L::store(out + i, interp::outcome<L>(L::load(a + i)));
-    }
-
-    static void finish_streaming(double* out, const double* a, int n) noexcept
-    {
-        for (int i = 0; i < n; i += L::width)
-            L::stream(out + i, interp::outcome<L>(L::load(a + i)));
-    }
-
-    static constexpr ColumnKernels table(const char* name, bool (*supported)() noexcept)
+    static constexpr OperationKernels table()
     {
         return {
-            .name = name,
-            .supported = supported,
             .add = binary<Add>,
             .subtract = binary<Subtract>,
             .multiply = binary<Multiply>,
@@ -154,12 +171,18 @@ struct BlockKernels {
             .logarithm = logarithm,
             .sine = angle<elementary::sin_moderate<L>, elementary::sin_special>,
             .cosine = angle<elementary::cos_moderate<L>, elementary::cos_special>,
+            .copy = unary<Copy>,
             .normal = normal,
             .lower_normal = lower_normal,
-            .outcome = finish,
-            .streamed_outcome = finish_streaming,
         };
     }
 };
+
+template <class L>
+constexpr ColumnKernels column_kernels_of(const char* name, bool (*supported)() noexcept)
+{
+    return {name, supported, BlockKernels<L, Intermediate>::table(), BlockKernels<L, Last>::table(),
+            BlockKernels<L, Streamed>::table()};
+}
 
 } // namespace qmml::interp

@@ -32,23 +32,15 @@ private:
     static int class_of(int token) noexcept
     {
         switch (token) {
-        case code_left:
-            return s_left;
-        case code_value:
-            return s_value;
-        case code_function:
-            return s_function;
+        case code_left: return s_left;
+        case code_value: return s_value;
+        case code_function: return s_function;
         case code_add:
-        case code_subtract:
-            return s_sign;
-        case code_right:
-            return s_right;
-        case code_separator:
-            return s_separator;
-        case code_not:
-            return s_not;
-        default:
-            return s_binary;
+        case code_subtract: return s_sign;
+        case code_right: return s_right;
+        case code_separator: return s_separator;
+        case code_not: return s_not;
+        default: return s_binary;
         }
     }
 
@@ -187,13 +179,9 @@ void Pass::take(const Token& token)
     switch (token.code) {
     case code_power:
     case code_not:
-    case code_left:
-        push_operator(token.code);
-        break;
+    case code_left: push_operator(token.code); break;
     case code_add:
-    case code_subtract:
-        take_sign(token.code, level_of(token.code));
-        break;
+    case code_subtract: take_sign(token.code, level_of(token.code)); break;
     case code_right:
         reduce_to_left();
         pop_operator();
@@ -206,9 +194,7 @@ void Pass::take(const Token& token)
         if (m_operator_count >= 2 && m_operators[m_operator_count - 2] == code_ifgraph)
             m_operators[m_operator_count - 2] = code_ifgraph_row_column;
         break;
-    case code_function:
-        push_operator(token.index);
-        break;
+    case code_function: push_operator(token.index); break;
     case code_value:
         if (token.kind == Token::variable) {
             if (!checking())

@@ -102,30 +102,23 @@ int find_function(std::string_view name) noexcept;
 constexpr int level_of(int code) noexcept
 {
     switch (code) {
-    case code_power:
-        return 6;
+    case code_power: return 6;
     case code_multiply:
     case code_divide:
     case code_not:
     case code_minus:
-    case code_function:
-        return 5;
+    case code_function: return 5;
     case code_add:
-    case code_subtract:
-        return 4;
+    case code_subtract: return 4;
     case code_equal:
     case code_greater:
     case code_greater_equal:
     case code_less:
     case code_less_equal:
-    case code_not_equal:
-        return 3;
-    case code_and:
-        return 2;
-    case code_or:
-        return 1;
-    default:
-        return 0;
+    case code_not_equal: return 3;
+    case code_and: return 2;
+    case code_or: return 1;
+    default: return 0;
     }
 }
 

@@ -14,12 +14,9 @@ void Program::link(Frame& frame) noexcept
 {
     const auto place = [&](const Operand& operand) -> const double* {
         switch (operand.kind) {
-        case Operand::constant:
-            return &constants[operand.index];
-        case Operand::variable:
-            return &frame.variables[operand.index];
-        case Operand::temporary:
-            break;
+        case Operand::constant: return &constants[operand.index];
+        case Operand::variable: return &frame.variables[operand.index];
+        case Operand::temporary: break;
         }
         return &frame.temporaries[operand.index];
     };
@@ -72,109 +69,42 @@ static inline void run(const Instruction& i, const Graph& graph) noexcept
 {
     const double* const* const s = i.source;
     switch (i.operation) {
-    case Operation::power:
-        *i.target = elementary::pow(*s[0], *s[1]);
-        break;
-    case Operation::multiply:
-        binary<Multiply>(i);
-        break;
-    case Operation::divide:
-        binary<Divide>(i);
-        break;
-    case Operation::add:
-        binary<Add>(i);
-        break;
-    case Operation::subtract:
-        binary<Subtract>(i);
-        break;
-    case Operation::equal:
-        binary<Equal>(i);
-        break;
-    case Operation::greater:
-        binary<Greater>(i);
-        break;
-    case Operation::greater_equal:
-        binary<GreaterEqual>(i);
-        break;
-    case Operation::less:
-        binary<Less>(i);
-        break;
-    case Operation::less_equal:
-        binary<LessEqual>(i);
-        break;
-    case Operation::not_equal:
-        binary<NotEqual>(i);
-        break;
-    case Operation::logical_and:
-        binary<And>(i);
-        break;
-    case Operation::logical_or:
-        binary<Or>(i);
-        break;
-    case Operation::logical_not:
-        unary<Not>(i);
-        break;
-    case Operation::minus:
-        unary<Minus>(i);
-        break;
-    case Operation::ifgraph:
-        *i.target = is_graph(*s[0], graph.graph);
-        break;
-    case Operation::ifgraph_row_column:
-        *i.target = is_graph_at(*s[0], *s[1], graph);
-        break;
-    case Operation::absolute:
-        unary<Absolute>(i);
-        break;
-    case Operation::sign:
-        unary<Sign>(i);
-        break;
-    case Operation::truncate:
-        unary<Truncate>(i);
-        break;
-    case Operation::square_root:
-        unary<SquareRoot>(i);
-        break;
-    case Operation::exponential:
-        *i.target = elementary::exp(*s[0]);
-        break;
-    case Operation::logarithm:
-        *i.target = elementary::log(*s[0]);
-        break;
-    case Operation::sine:
-        *i.target = elementary::sin(*s[0]);
-        break;
-    case Operation::cosine:
-        *i.target = elementary::cos(*s[0]);
-        break;
-    case Operation::minimum:
-        binary<Minimum>(i);
-        break;
-    case Operation::maximum:
-        binary<Maximum>(i);
-        break;
-    case Operation::call_1:
-        *i.target = i.call.one(*s[0]);
-        break;
-    case Operation::call_2:
-        *i.target = i.call.two(*s[0], *s[1]);
-        break;
-    case Operation::distribution_1:
-        *i.target = without_error_value(i.call.one(*s[0]));
-        break;
-    case Operation::distribution_2:
-        *i.target = without_error_value(i.call.two(*s[0], *s[1]));
-        break;
+    case Operation::power: *i.target = elementary::pow(*s[0], *s[1]); break;
+    case Operation::multiply: binary<Multiply>(i); break;
+    case Operation::divide: binary<Divide>(i); break;
+    case Operation::add: binary<Add>(i); break;
+    case Operation::subtract: binary<Subtract>(i); break;
+    case Operation::equal: binary<Equal>(i); break;
+    case Operation::greater: binary<Greater>(i); break;
+    case Operation::greater_equal: binary<GreaterEqual>(i); break;
+    case Operation::less: binary<Less>(i); break;
+    case Operation::less_equal: binary<LessEqual>(i); break;
+    case Operation::not_equal: binary<NotEqual>(i); break;
+    case Operation::logical_and: binary<And>(i); break;
+    case Operation::logical_or: binary<Or>(i); break;
+    case Operation::logical_not: unary<Not>(i); break;
+    case Operation::minus: unary<Minus>(i); break;
+    case Operation::ifgraph: *i.target = is_graph(*s[0], graph.graph); break;
+    case Operation::ifgraph_row_column: *i.target = is_graph_at(*s[0], *s[1], graph); break;
+    case Operation::absolute: unary<Absolute>(i); break;
+    case Operation::sign: unary<Sign>(i); break;
+    case Operation::truncate: unary<Truncate>(i); break;
+    case Operation::square_root: unary<SquareRoot>(i); break;
+    case Operation::exponential: *i.target = elementary::exp(*s[0]); break;
+    case Operation::logarithm: *i.target = elementary::log(*s[0]); break;
+    case Operation::sine: *i.target = elementary::sin(*s[0]); break;
+    case Operation::cosine: *i.target = elementary::cos(*s[0]); break;
+    case Operation::minimum: binary<Minimum>(i); break;
+    case Operation::maximum: binary<Maximum>(i); break;
+    case Operation::call_1: *i.target = i.call.one(*s[0]); break;
+    case Operation::call_2: *i.target = i.call.two(*s[0], *s[1]); break;
+    case Operation::distribution_1: *i.target = without_error_value(i.call.one(*s[0])); break;
+    case Operation::distribution_2: *i.target = without_error_value(i.call.two(*s[0], *s[1])); break;
     case Operation::normal:
     case Operation::lower_normal:
-    case Operation::distribution_3:
-        *i.target = without_error_value(i.call.three(*s[0], *s[1], *s[2]));
-        break;
-    case Operation::distribution_4:
-        *i.target = without_error_value(i.call.four(*s[0], *s[1], *s[2], *s[3]));
-        break;
-    case Operation::invalid:
-        break;
+    case Operation::distribution_3: *i.target = without_error_value(i.call.three(*s[0], *s[1], *s[2])); break;
+    case Operation::distribution_4: *i.target = without_error_value(i.call.four(*s[0], *s[1], *s[2], *s[3])); break;
+    case Operation::invalid: break;
     }
 }
 

@@ -60,10 +60,8 @@ Outcome outcome_of(Operation operation, const Range* r, const double* const* con
 {
     switch (operation) {
     case Operation::add:
-    case Operation::subtract:
-        return safe(sum(r[0], r[1]));
-    case Operation::multiply:
-        return safe(product(r[0], r[1]));
+    case Operation::subtract: return safe(sum(r[0], r[1]));
+    case Operation::multiply: return safe(product(r[0], r[1]));
     case Operation::divide: {
         if (is_exactly_zero(r[1]))
             return {};
@@ -82,32 +80,22 @@ Outcome outcome_of(Operation operation, const Range* r, const double* const* con
     case Operation::less_equal:
     case Operation::logical_and:
     case Operation::logical_or:
-    case Operation::logical_not:
-        return safe(s_truth);
-    case Operation::sign:
-        return safe({0, 1, true});
+    case Operation::logical_not: return safe(s_truth);
+    case Operation::sign: return safe({0, 1, true});
     case Operation::minus:
-    case Operation::absolute:
-        return safe({r[0].low, r[0].high, r[0].zero});
-    case Operation::truncate:
-        return safe({0, std::max(r[0].high, 1), true});
+    case Operation::absolute: return safe({r[0].low, r[0].high, r[0].zero});
+    case Operation::truncate: return safe({0, std::max(r[0].high, 1), true});
     case Operation::minimum:
-    case Operation::maximum:
-        return safe(hull(r[0], r[1]));
-    case Operation::square_root:
-        return safe({r[0].low / 2 - 1, r[0].high / 2 + 1, r[0].zero}, Hazard::checked);
-    case Operation::exponential:
-        return safe({-740, 740, false}, Hazard::checked);
-    case Operation::logarithm:
-        return safe({-54, 11, true}, Hazard::checked);
+    case Operation::maximum: return safe(hull(r[0], r[1]));
+    case Operation::square_root: return safe({r[0].low / 2 - 1, r[0].high / 2 + 1, r[0].zero}, Hazard::checked);
+    case Operation::exponential: return safe({-740, 740, false}, Hazard::checked);
+    case Operation::logarithm: return safe({-54, 11, true}, Hazard::checked);
     case Operation::sine:
-    case Operation::cosine:
-        return safe({std::min(r[0].low, -s_calm_exponent) - 1, 1, true});
+    case Operation::cosine: return safe({std::min(r[0].low, -s_calm_exponent) - 1, 1, true});
     case Operation::lower_normal: // the smallest tail that is not cut off is about 2^-257
         return has_moderate_parameters(constants) && r[0].high <= 2 * s_calm_exponent ? safe({-260, 1, true})
                                                                                       : Outcome{};
-    default:
-        return {};
+    default: return {};
     }
 }
 

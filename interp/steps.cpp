@@ -11,20 +11,13 @@ namespace {
 Operation opposite(Operation relation) noexcept
 {
     switch (relation) {
-    case Operation::equal:
-        return Operation::not_equal;
-    case Operation::not_equal:
-        return Operation::equal;
-    case Operation::greater:
-        return Operation::less_equal;
-    case Operation::greater_equal:
-        return Operation::less;
-    case Operation::less:
-        return Operation::greater_equal;
-    case Operation::less_equal:
-        return Operation::greater;
-    default:
-        return Operation::invalid;
+    case Operation::equal: return Operation::not_equal;
+    case Operation::not_equal: return Operation::equal;
+    case Operation::greater: return Operation::less_equal;
+    case Operation::greater_equal: return Operation::less;
+    case Operation::less: return Operation::greater_equal;
+    case Operation::less_equal: return Operation::greater;
+    default: return Operation::invalid;
     }
 }
 
@@ -34,10 +27,8 @@ Operation simplified(const Instruction& instruction, const Range* ranges) noexce
     switch (instruction.operation) {
     case Operation::logical_and:
         return ranges[0].truth && ranges[1].truth ? Operation::multiply : instruction.operation;
-    case Operation::logical_or:
-        return ranges[0].truth && ranges[1].truth ? Operation::maximum : instruction.operation;
-    default:
-        return instruction.operation;
+    case Operation::logical_or: return ranges[0].truth && ranges[1].truth ? Operation::maximum : instruction.operation;
+    default: return instruction.operation;
     }
 }
 

@@ -105,14 +105,10 @@ std::optional<double> as_double(const QmmlVariant& variant) noexcept
 {
     const QmmlVariant* meant = resolve(variant);
     switch (meant ? meant->kind : QMML_ERROR) {
-    case QMML_INT32:
-        return meant->value.i;
-    case QMML_DOUBLE:
-        return meant->value.d;
-    case QMML_TEXT:
-        return meant->value.text ? parse(meant->value.text) : std::nullopt;
-    default:
-        return std::nullopt;
+    case QMML_INT32: return meant->value.i;
+    case QMML_DOUBLE: return meant->value.d;
+    case QMML_TEXT: return meant->value.text ? parse(meant->value.text) : std::nullopt;
+    default: return std::nullopt;
     }
 }
 

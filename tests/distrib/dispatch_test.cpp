@@ -50,14 +50,9 @@ TEST(Dispatcher, CallsWhatTheCodeNames)
         double result = 0;
         unsigned char good = 0;
         switch (member.arguments()) { // no more arguments than the function takes
-        case 2:
-            good = DistrFunct(member.code, &result, s_point, p[0]);
-            break;
-        case 3:
-            good = DistrFunct(member.code, &result, s_point, p[0], p[1]);
-            break;
-        default:
-            good = DistrFunct(member.code, &result, s_point, p[0], p[1], p[2]);
+        case 2: good = DistrFunct(member.code, &result, s_point, p[0]); break;
+        case 3: good = DistrFunct(member.code, &result, s_point, p[0], p[1]); break;
+        default: good = DistrFunct(member.code, &result, s_point, p[0], p[1], p[2]);
         }
         EXPECT_EQ(good, 1);
         EXPECT_EQ(bits(result), bits(member.call(arguments)));

@@ -27,12 +27,9 @@ private:
     static double call(const std::variant<Function2, Function3, Function4>& f, const double* a)
     {
         switch (f.index()) {
-        case 0:
-            return std::get<0>(f)(a[0], a[1]);
-        case 1:
-            return std::get<1>(f)(a[0], a[1], a[2]);
-        default:
-            return std::get<2>(f)(a[0], a[1], a[2], a[3]);
+        case 0: return std::get<0>(f)(a[0], a[1]);
+        case 1: return std::get<1>(f)(a[0], a[1], a[2]);
+        default: return std::get<2>(f)(a[0], a[1], a[2], a[3]);
         }
     }
 };

@@ -31,21 +31,15 @@ public:
         if (depth == 0 || below(5) == 0)
             return one_of(s_atoms);
         switch (below(10)) {
-        case 0:
-            return "(" + expression(depth - 1) + ")";
-        case 1:
-            return "-" + expression(depth - 1);
-        case 2:
-            return one_of(s_one) + "(" + expression(depth - 1) + ")";
-        case 3:
-            return one_of(s_two) + "(" + expression(depth - 1) + m_list + expression(depth - 1) + ")";
+        case 0: return "(" + expression(depth - 1) + ")";
+        case 1: return "-" + expression(depth - 1);
+        case 2: return one_of(s_one) + "(" + expression(depth - 1) + ")";
+        case 3: return one_of(s_two) + "(" + expression(depth - 1) + m_list + expression(depth - 1) + ")";
         case 4:
             return one_of(s_three) + "(" + expression(depth - 1) + m_list + expression(depth - 1) + m_list +
                    expression(depth - 1) + ")";
-        case 5:
-            return "(" + expression(depth - 1) + ") " + one_of(s_operators) + " (" + expression(depth - 1) + ")";
-        default:
-            return expression(depth - 1) + " " + one_of(s_operators) + " " + expression(depth - 1);
+        case 5: return "(" + expression(depth - 1) + ") " + one_of(s_operators) + " (" + expression(depth - 1) + ")";
+        default: return expression(depth - 1) + " " + one_of(s_operators) + " " + expression(depth - 1);
         }
     }
 
@@ -54,26 +48,13 @@ public:
         std::string text;
         for (int n = below(14); n >= 0; --n) {
             switch (below(7)) {
-            case 0:
-                text += one_of(s_atoms);
-                break;
-            case 1:
-                text += one_of(s_operators);
-                break;
-            case 2:
-                text += one_of(s_pieces);
-                break;
-            case 3:
-                text += one_of(s_one);
-                break;
-            case 4:
-                text += one_of(s_two);
-                break;
-            case 5:
-                text += "(";
-                break;
-            default:
-                text += ")";
+            case 0: text += one_of(s_atoms); break;
+            case 1: text += one_of(s_operators); break;
+            case 2: text += one_of(s_pieces); break;
+            case 3: text += one_of(s_one); break;
+            case 4: text += one_of(s_two); break;
+            case 5: text += "("; break;
+            default: text += ")";
             }
             if (below(3) == 0)
                 text += ' ';

@@ -265,32 +265,19 @@ private:
         const double a = pop();
         const bool unordered = std::isnan(a) || std::isnan(b);
         switch (code) {
-        case 0:
-            return push(qmml::elementary::pow(a, b));
-        case 1:
-            return push(a * b);
-        case 2:
-            return push(a / b);
-        case 3:
-            return push(a + b);
-        case 4:
-            return push(a - b);
-        case 5:
-            return push(truth(unordered || a == b));
-        case 6:
-            return push(truth(a > b));
-        case 7:
-            return push(truth(a >= b));
-        case 8:
-            return push(truth(unordered || a < b));
-        case 9:
-            return push(truth(unordered || a <= b));
-        case 10:
-            return push(truth(!unordered && a != b));
-        case 11:
-            return push(truth(holds(a) && holds(b)));
-        default:
-            return push(truth(holds(a) || holds(b)));
+        case 0: return push(qmml::elementary::pow(a, b));
+        case 1: return push(a * b);
+        case 2: return push(a / b);
+        case 3: return push(a + b);
+        case 4: return push(a - b);
+        case 5: return push(truth(unordered || a == b));
+        case 6: return push(truth(a > b));
+        case 7: return push(truth(a >= b));
+        case 8: return push(truth(unordered || a < b));
+        case 9: return push(truth(unordered || a <= b));
+        case 10: return push(truth(!unordered && a != b));
+        case 11: return push(truth(holds(a) && holds(b)));
+        default: return push(truth(holds(a) || holds(b)));
         }
     }
 
