@@ -20,10 +20,23 @@ void write_number(CArchiveSink& sink, std::uint32_t value, int bytes)
     sink.Write(coded, static_cast<std::size_t>(bytes));
 }
 
+// Bytes may arrive in pieces. What arrived, at most what was wanted.
+std::size_t read_bytes(CArchiveSink& sink, void* data, std::size_t wanted)
+{
+    std::size_t total = 0;
+    while (total < wanted) {
+        const std::size_t arrived = sink.Read(static_cast<char*>(data) + total, wanted - total);
+        if (arrived == 0)
+            break;
+        total += std::min(arrived, wanted - total);
+    }
+    return total;
+}
+
 std::optional<std::uint32_t> read_number(CArchiveSink& sink, int bytes)
 {
     unsigned char coded[4] = {};
-    if (sink.Read(coded, static_cast<std::size_t>(bytes)) != static_cast<std::size_t>(bytes))
+    if (read_bytes(sink, coded, static_cast<std::size_t>(bytes)) != static_cast<std::size_t>(bytes))
         return std::nullopt;
     std::uint32_t value = 0;
     for (int i = 0; i < bytes; ++i)
@@ -64,11 +77,10 @@ std::string read_text(CArchiveSink& sink)
     char piece[4096];
     for (std::size_t missing = *length; missing > 0;) {
         const std::size_t wanted = std::min(missing, sizeof piece);
-        const std::size_t arrived = std::min(sink.Read(piece, wanted), wanted);
-        if (arrived == 0)
+        if (read_bytes(sink, piece, wanted) != wanted)
             return std::string();
-        text.append(piece, arrived);
-        missing -= arrived;
+        text.append(piece, wanted);
+        missing -= wanted;
     }
     return text;
 }

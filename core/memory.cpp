@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 namespace qmml {
 namespace {
@@ -30,24 +29,15 @@ bool allocation_must_fail() noexcept
     return s_until_failure.fetch_sub(1, std::memory_order_relaxed) == 1;
 }
 
+// The runtime's heap and not operator new, which a host may replace by one whose blocks cannot be asked for their size.
 void* allocate_zeroed(std::size_t size) noexcept
 {
-    if (allocation_must_fail())
-        return nullptr;
-    void* block = nullptr;
-    try {
-        block = ::operator new(size);
-    } catch (...) {
-        return nullptr;
-    }
-    // All of it: ReallMem__ cannot tell what was asked for from the rest, and copies the rest too.
-    platform::clear_block(block);
-    return block;
+    return allocation_must_fail() ? nullptr : platform::allocate_zeros(size);
 }
 
 void release(void* block) noexcept
 {
-    ::operator delete(block);
+    std::free(block);
 }
 
 namespace {
@@ -57,18 +47,12 @@ bool is_variable(void** block) noexcept
     return platform::is_writable(block, sizeof *block);
 }
 
-// Both families allocate alike but for where the memory comes from.
-int allocate_into(void** block, unsigned size, void* (*source)(std::size_t) noexcept) noexcept
+int allocate_into(void** block, unsigned size) noexcept
 {
     if (!is_variable(block))
         return 1;
-    *block = size ? source(size) : nullptr;
+    *block = size ? allocate_zeroed(size) : nullptr;
     return size && !*block;
-}
-
-void* allocate_zeroed_from_runtime(std::size_t size) noexcept
-{
-    return allocation_must_fail() ? nullptr : std::calloc(size, 1);
 }
 
 } // namespace
@@ -76,7 +60,7 @@ void* allocate_zeroed_from_runtime(std::size_t size) noexcept
 
 int AllocMem__(void** block, unsigned size)
 {
-    return qmml::allocate_into(block, size, qmml::allocate_zeroed);
+    return qmml::allocate_into(block, size);
 }
 
 int GetMem__(void** block, unsigned size)
@@ -109,7 +93,7 @@ int ReallMem__(void** block, unsigned size)
 
 int _AllocMem_dbg(void** block, unsigned size, int, int)
 {
-    return qmml::allocate_into(block, size, qmml::allocate_zeroed_from_runtime);
+    return qmml::allocate_into(block, size);
 }
 
 int _GetMem_dbg(void** block, unsigned size, int file, int line)

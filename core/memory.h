@@ -5,7 +5,7 @@
 
 namespace qmml {
 
-// Null when there is no memory. The block comes from operator new.
+// Null when there is no memory.
 void* allocate_zeroed(std::size_t size) noexcept;
 void release(void* block) noexcept;
 

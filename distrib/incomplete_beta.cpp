@@ -129,7 +129,7 @@ double guarded_incomplete_beta(double a, double b, double x) noexcept
     if (platform::unmasked_faults() == 0) [[likely]]
         return incomplete_beta(a, b, x);
     const platform::FloatGuard guard;
-    const double value = incomplete_beta(a, b, x);
+    const double value = in_place([=] { return incomplete_beta(a, b, x); });
     return guard.faulted(platform::fault::serious) ? distr_error_value : value;
 }
 

@@ -54,14 +54,7 @@ void initialise(RndState& record) noexcept;
 // Draws from one record and keeps its three words in registers meanwhile; the record is up to date afterwards.
 class Generator {
 public:
-    explicit Generator(RndState& record = *s_current_record) noexcept : m_record(record)
-    {
-        if (record.seed < 1) [[unlikely]]
-            generator_detail::initialise(record);
-        m_seed = record.seed;
-        m_seed2 = record.seed2;
-        m_last = record.last;
-    }
+    explicit Generator(RndState& record = *s_current_record) noexcept : m_record(record) { load(); }
     Generator(const Generator&) = delete;
     Generator& operator=(const Generator&) = delete;
     ~Generator()
@@ -76,6 +69,11 @@ public:
     {
         using namespace generator_detail;
         constexpr std::uint32_t slot_width = 67108862;
+        if (m_seed < 1) [[unlikely]] {
+            m_record.seed = m_seed;
+            initialise(m_record);
+            load();
+        }
         m_seed = step_first(m_seed);
         m_seed2 = step_second(m_seed2);
         std::int32_t& slot = m_record.table[static_cast<std::uint32_t>(m_last) / slot_width % 32];
@@ -95,6 +93,13 @@ public:
     }
 
 private:
+    void load() noexcept
+    {
+        m_seed = m_record.seed;
+        m_seed2 = m_record.seed2;
+        m_last = m_record.last;
+    }
+
     RndState& m_record;
     std::int32_t m_seed;
     std::int32_t m_seed2;

@@ -12,8 +12,8 @@ QMML_BEGIN_C
 
 /* ---- Memory blocks ----
  * A block is plain heap memory that the caller owns through a pointer variable, which these functions write.
- * Result 0 for success, 1 for failure; a variable that is null, unmapped or read-only is a failure. Blocks of the plain
- * family come from operator new, those of the _dbg family from malloc; do not mix them. */
+ * Result 0 for success, 1 for failure; a variable that is null, unmapped or read-only is a failure. The
+ * plain family and the _dbg family each release and resize their own blocks only. */
 
 /* A zero-filled block. On failure *block is null; size 0 succeeds with a null block. GetMem__ is another name. */
 QMML_API int AllocMem__(void** block, unsigned size);

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <malloc.h>
@@ -67,9 +68,12 @@ std::size_t usable_size(void* block) noexcept
     return malloc_usable_size(block);
 }
 
-void clear_block(void* block) noexcept
+void* allocate_zeros(std::size_t size) noexcept
 {
-    std::memset(block, 0, usable_size(block));
+    void* const block = std::calloc(size, 1);
+    if (block) // the heap promises zeros for what was asked only
+        std::memset(static_cast<char*>(block) + size, 0, usable_size(block) - size);
+    return block;
 }
 
 } // namespace qmml::platform

@@ -55,6 +55,9 @@ TEST(Archive, StoresLengthAndBytes)
         EXPECT_EQ(buffer.bytes.size(), c.prefix.size() + c.length + 5);
         EXPECT_EQ(load(buffer).GetText(), text);
         EXPECT_EQ(load(buffer), "next");
+        buffer.position = 0;
+        buffer.piece = 1; // as from a slow channel, the length too
+        EXPECT_EQ(load(buffer).GetText(), text);
     }
 }
 

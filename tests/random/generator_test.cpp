@@ -192,4 +192,27 @@ TEST(StateStack, GrowsWithoutBoundAndWithoutMemoryNotAtAll)
     }
 }
 
+// The modulus itself steps to 0, which asks for a new start in the middle of a deviate.
+TEST(Generator, StartsAnewWhereverTheSeedWordAsksForIt)
+{
+    for (const int seed_word : {2147483563, -2147483563}) {
+        RndState whole = seeded(seed_word), single = seeded(seed_word);
+        whole.seed2 = single.seed2 = 2147483399;
+        std::vector<double> draws;
+        {
+            const Pushed pushed(single);
+            for (int i = 0; i < 40; ++i)
+                draws.push_back(rnd_(0));
+        }
+        const Pushed pushed(whole);
+        const double mean = 5;
+        int expected = 0; // by multiplication of the single draws
+        for (double product = draws[0]; product >= std::exp(-mean);
+             product *= draws[static_cast<std::size_t>(expected)])
+            ++expected;
+        EXPECT_EQ(poisson_(mean), expected) << seed_word;
+        EXPECT_TRUE(std::isfinite(znormal_(1.0))) << seed_word;
+    }
+}
+
 } // namespace
