@@ -45,7 +45,7 @@ static double beta_difference(double k, double p, double n) noexcept
     if (p == 0 || p == 1)
         return k == (p == 0 ? 0 : n) ? 1 : 0;
     static constinit QMML_THREAD_LOCAL double s_p = 0, s_ln_success = 0, s_ln_failure = 0;
-    if (p != s_p) {
+    if (!same_bits(p, s_p)) {
         s_ln_success = elementary::log(p);
         s_ln_failure = elementary::log(1 - p);
         s_p = p;
@@ -64,8 +64,9 @@ static double binomial_mass(double x, double p, double trials) noexcept
         return distr_ok(0);
     if (p == p && k <= s_products && n <= s_products)
         return distr_ok(product(static_cast<int>(k), p, static_cast<int>(n), ThreadCache<BinomialCache>::get()));
-    const double mass = beta_difference(k, p, n);
-    return mass == mass ? distr_ok(mass) : distr_fail(); // where the incomplete betas fail
+    if (k != k || n != n || p != p) // where the incomplete betas fail
+        return distr_fail();
+    return distr_ok(beta_difference(k, p, n));
 }
 
 static double sum_of_products(int k, double p, int n) noexcept
@@ -74,7 +75,7 @@ static double sum_of_products(int k, double p, int n) noexcept
     const auto term = [=](int j) { return product(j, p, n, cache); };
     double sum;
     if (cache) {
-        if (cache->sums_p != p || cache->sums_n != n) {
+        if (!same_bits(cache->sums_p, p) || cache->sums_n != n) {
             cache->sums.forget();
             cache->sums_p = p;
             cache->sums_n = n;

@@ -17,6 +17,13 @@ struct FDensityTerms {
     double df1, df2;
     double ratio;
     double ln_coefficient; // ln(Gamma((df1 + df2) / 2) / (Gamma(df1 / 2) Gamma(df2 / 2)) (df1 / df2)^(df1 / 2))
+
+    static FDensityTerms of(double df1, double df2) noexcept
+    {
+        const double ratio = df1 / df2;
+        const double ln_gammas = ln_gamma((df1 + df2) / 2) - ln_gamma(df1 / 2) - ln_gamma(df2 / 2);
+        return {df1, df2, ratio, ln_gammas + df1 / 2 * elementary::log(ratio)};
+    }
 };
 
 } // namespace
@@ -28,14 +35,17 @@ static double f_density(double x, double df1, double df2) noexcept
         return distr_fail();
     if (x <= 0)
         return distr_ok(0);
-    if (s_terms.df1 != df1 || s_terms.df2 != df2) {
-        const double ratio = df1 / df2;
-        const double ln_gammas = ln_gamma((df1 + df2) / 2) - ln_gamma(df1 / 2) - ln_gamma(df2 / 2);
-        s_terms = {df1, df2, ratio, ln_gammas + df1 / 2 * elementary::log(ratio)};
+    const auto density = [=](const FDensityTerms& terms) {
+        const LogPair ln = log_pair(x, 1 + terms.ratio * x);
+        return distr_finite(
+            elementary::exp(terms.ln_coefficient + (df1 / 2 - 1) * ln.first - (df1 + df2) / 2 * ln.second));
+    };
+    if (!same_bits(s_terms.df1, df1) || !same_bits(s_terms.df2, df2)) {
+        if (!calm_parameters(df1, df2)) // to be computed each time, for the faults
+            return density(FDensityTerms::of(df1, df2));
+        s_terms = FDensityTerms::of(df1, df2);
     }
-    const LogPair ln = log_pair(x, 1 + s_terms.ratio * x);
-    return distr_finite(
-        elementary::exp(s_terms.ln_coefficient + (df1 / 2 - 1) * ln.first - (df1 + df2) / 2 * ln.second));
+    return density(s_terms);
 }
 
 static double f_lower(double x, double df1, double df2) noexcept

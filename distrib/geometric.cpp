@@ -57,7 +57,7 @@ static double geometric_lower(double x, double p) noexcept
     GeometricCache* const cache = ThreadCache<GeometricCache>::get();
     const auto term = [=](int j) { return product(j, p, cache); };
     if (cache) {
-        if (cache->sums_p != p) {
+        if (!same_bits(cache->sums_p, p)) {
             cache->sums.forget();
             cache->sums_p = p;
         }

@@ -97,6 +97,12 @@ inline bool inner_probability(double p) noexcept
     return between(p, 0x1p-1000, 1.0);
 }
 
+// How caches know an argument again: zeros have a sign, and a comparison with a stored NaN might be a fault.
+inline bool same_bits(double a, double b) noexcept
+{
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
 template <auto Kernel, class... Args>
 [[gnu::noinline, gnu::cold]] double guarded_kernel(Args... args) noexcept
 {

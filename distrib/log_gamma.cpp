@@ -19,12 +19,6 @@ static constexpr double s_lanczos[] = {
 };
 static constexpr double s_ln_sqrt_2pi = 0.9189385332046727;
 
-// Here both logarithms have ordinary arguments and nothing overflows.
-static inline bool ordinary(double x) noexcept
-{
-    return between(x, 0x1p-50, 0x1p1000);
-}
-
 // Requires x > 0.
 template <LogPair (*Logarithms)(double, double) noexcept>
 static inline double lanczos(double x) noexcept
@@ -46,7 +40,7 @@ double ln_gamma(double x) noexcept
 {
     if (x <= 0) // written so that a NaN passes through
         return distr_error_value;
-    return ordinary(x) ? lanczos<log_pair_normal_range>(x) : lanczos<log_pair>(x);
+    return calm_ln_gamma(x) ? lanczos<log_pair_normal_range>(x) : lanczos<log_pair>(x);
 }
 
 static constexpr int s_tabulated = 1024;
@@ -82,7 +76,7 @@ static double gammln_anywhere(double x) noexcept
 
 double gammln(double x)
 {
-    if (qmml::ordinary(x)) [[likely]]
+    if (qmml::calm_ln_gamma(x)) [[likely]]
         return qmml::distr_ok(qmml::lanczos<qmml::log_pair_normal_range>(x));
     return qmml::shielded_kernel<qmml::gammln_anywhere>(x);
 }

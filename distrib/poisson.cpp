@@ -11,7 +11,7 @@ namespace qmml {
 
 static double poisson_mass(double x, double lambda) noexcept
 {
-    static constinit QMML_THREAD_LOCAL double s_lambda = 1, s_ln_lambda = 0;
+    static constinit QMML_THREAD_LOCAL double s_lambda = 1, s_ln_lambda = 0; // of an ordinary lambda
     if (lambda <= 0)
         return distr_fail();
     const double k = round_half_away(x);
@@ -19,11 +19,15 @@ static double poisson_mass(double x, double lambda) noexcept
         return distr_ok(0);
     if (k == 0)
         return distr_ok(elementary::exp(-lambda));
-    if (lambda != s_lambda) {
-        s_ln_lambda = elementary::log(lambda);
-        s_lambda = lambda;
+    double ln_lambda = s_ln_lambda;
+    if (!same_bits(lambda, s_lambda)) {
+        ln_lambda = elementary::log(lambda);
+        if (calm_parameters(lambda)) {
+            s_ln_lambda = ln_lambda;
+            s_lambda = lambda;
+        }
     }
-    return distr_ok(elementary::exp(k * s_ln_lambda - ln_gamma_tabulated(k + 1) - lambda));
+    return distr_ok(elementary::exp(k * ln_lambda - ln_gamma_tabulated(k + 1) - lambda));
 }
 
 static double poisson_lower(double x, double lambda) noexcept

@@ -18,9 +18,12 @@ namespace qmml {
 static double student_coefficient(double df) noexcept
 {
     static constinit QMML_THREAD_LOCAL double s_df = 0, s_coefficient = 0;
-    if (df != s_df) {
+    if (!same_bits(df, s_df)) {
         const auto gamma = [](double x) { return elementary::exp(ln_gamma(x)); };
-        s_coefficient = gamma((df + 1) / 2) / (gamma(df / 2) * gamma(0.5) * std::sqrt(df));
+        const double coefficient = gamma((df + 1) / 2) / (gamma(df / 2) * gamma(0.5) * std::sqrt(df));
+        if (!calm_parameters(df)) // to be computed each time, for the faults
+            return coefficient;
+        s_coefficient = coefficient;
         s_df = df;
     }
     return s_coefficient;

@@ -2,6 +2,7 @@
 // reserve.
 #pragma once
 
+#include "distrib/guard.h"
 #include "platform/thread_local.h"
 
 #include <cstdint>
@@ -52,7 +53,7 @@ class LazyTable {
 public:
     void bind(double parameter) noexcept
     {
-        if (parameter == m_parameter && m_current != 0)
+        if (same_bits(parameter, m_parameter) && m_current != 0)
             return;
         m_parameter = parameter;
         if (++m_current == 0) {

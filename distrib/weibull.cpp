@@ -10,8 +10,11 @@ namespace qmml {
 static double ln_shape_less_ln_scale(double scale, double shape) noexcept
 {
     static constinit QMML_THREAD_LOCAL double s_scale = 0, s_shape = 0, s_difference = 0;
-    if (scale != s_scale || shape != s_shape) {
-        s_difference = elementary::log(shape) - elementary::log(scale);
+    if (!same_bits(scale, s_scale) || !same_bits(shape, s_shape)) {
+        const double difference = elementary::log(shape) - elementary::log(scale);
+        if (!moderate_scale(scale) || !moderate_scale(shape)) // to be computed each time, for the faults
+            return difference;
+        s_difference = difference;
         s_scale = scale;
         s_shape = shape;
     }

@@ -135,7 +135,7 @@ int ExInterpreter::State::evaluate_guarded(double* result) noexcept
 {
     {
         const platform::FloatGuard guard;
-        execute(program, graph);
+        execute_for_faults(program, graph);
         if (guard.faulted()) {
             set_nan(*result);
             return 1;
@@ -168,7 +168,7 @@ int ExInterpreter::State::evaluate_column(double* result, int n, const double* c
         set_variables(values);
         evaluated += evaluate(&result[i]);
     }
-    return evaluated;
+    return verdict.good || evaluated == n ? evaluated : 0;
 }
 
 ExInterpreter::ExInterpreter(const char* formula, int variables)

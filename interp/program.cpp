@@ -4,6 +4,8 @@
 #include "core/missing.h"
 #include "distrib/result.h"
 #include "interp/operations.h"
+#include "platform/float_guard.h"
+#include "platform/opaque.h"
 
 #include <cmath>
 #include <qmml/distrib.h>
@@ -108,7 +110,8 @@ static inline void run(const Instruction& i, const Graph& graph) noexcept
     }
 }
 
-void execute(const Instruction& instruction, const Graph& graph) noexcept
+// Not inlined: what an instruction does stays between the readings of the unit around it.
+[[gnu::noinline]] void execute(const Instruction& instruction, const Graph& graph) noexcept
 {
     run(instruction, graph);
 }
@@ -117,6 +120,47 @@ void execute(const Program& program, const Graph& graph) noexcept
 {
     for (const auto& instruction : program.instructions)
         run(instruction, graph);
+}
+
+// Relations, logic, extremes, signs: no NaN is a fault to them, a signalling one included.
+static bool is_quiet(Operation operation) noexcept
+{
+    switch (operation) {
+    case Operation::equal:
+    case Operation::not_equal:
+    case Operation::greater:
+    case Operation::greater_equal:
+    case Operation::less:
+    case Operation::less_equal:
+    case Operation::logical_and:
+    case Operation::logical_or:
+    case Operation::logical_not:
+    case Operation::minus:
+    case Operation::absolute:
+    case Operation::sign:
+    case Operation::minimum:
+    case Operation::maximum: return true;
+    default: return false;
+    }
+}
+
+// Where both operands are NaNs, which one wins is settled without the sum or the product: its fault is not.
+static void raise_fault_of(const Instruction& i) noexcept
+{
+    const double a = platform::opaque(*i.source[0]), b = platform::opaque(*i.source[1]);
+    platform::opaque(i.operation == Operation::add ? a + b : a * b);
+}
+
+void execute_for_faults(const Program& program, const Graph& graph) noexcept
+{
+    for (const auto& instruction : program.instructions) {
+        const unsigned before = platform::read_unit();
+        execute(instruction, graph);
+        if (is_quiet(instruction.operation))
+            platform::write_unit(before);
+        else if (instruction.operation == Operation::add || instruction.operation == Operation::multiply)
+            raise_fault_of(instruction);
+    }
 }
 
 } // namespace qmml::interp

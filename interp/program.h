@@ -63,4 +63,7 @@ void execute(const Instruction& instruction, const Graph& graph) noexcept;
 // All of them, in order.
 void execute(const Program& program, const Graph& graph) noexcept;
 
+// The same inside a guard, for its flags: the operations that are quiet on every NaN raise none.
+void execute_for_faults(const Program& program, const Graph& graph) noexcept;
+
 } // namespace qmml::interp

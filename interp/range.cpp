@@ -23,14 +23,19 @@ static bool is_exactly_zero(const Range& range) noexcept
     return range.zero && range.low >= range.high;
 }
 
+static int exponent_of(double v) noexcept
+{
+    return static_cast<int>((bits_of(v) >> 52) & 0x7ffu) - 1023;
+}
+
+bool has_range(double v) noexcept
+{
+    return v == 0.0 || (exponent_of(v) >= s_lowest && exponent_of(v) < s_highest);
+}
+
 Range range_of_constant(double v) noexcept
 {
-    if (v == 0.0)
-        return {0, 0, true};
-    const int exponent = static_cast<int>((bits_of(v) >> 52) & 0x7ffu) - 1023;
-    if (exponent == 1024 || exponent == -1023) // infinite, denormal: no range holds them
-        return {-2000, 2000, false};
-    return {exponent, exponent + 1, false};
+    return v == 0.0 ? Range{0, 0, true} : Range{exponent_of(v), exponent_of(v) + 1, false};
 }
 
 static Range hull(const Range& a, const Range& b) noexcept

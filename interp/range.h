@@ -42,6 +42,8 @@ struct Outcome {
     Hazard hazard = Hazard::unsafe;
 };
 
+// Of a constant that is zero or a normal number; infinities and denormals have no range.
+bool has_range(double v) noexcept;
 Range range_of_constant(double v) noexcept;
 inline constexpr Range s_calm_range = {-s_calm_exponent, s_calm_exponent, true};
 // Beyond it an exponential is not taken without a check.

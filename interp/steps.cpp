@@ -114,8 +114,11 @@ void Steps::build(const Program& program, Frame& frame)
         const double* constants[4] = {};
         for (int i = 0; i < instruction.operands; ++i) {
             const Operand& from = instruction.from[i];
-            if (from.kind == Operand::constant)
+            if (from.kind == Operand::constant) {
+                if (!has_range(*instruction.source[i]))
+                    return;
                 constants[i] = instruction.source[i];
+            }
             ranges[i] = from.kind == Operand::constant   ? range_of_constant(*instruction.source[i])
                         : from.kind == Operand::variable ? s_calm_range
                                                          : temporaries[from.index];

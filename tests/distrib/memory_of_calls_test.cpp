@@ -1,12 +1,14 @@
 // Functions keep what depends on their last parameters. Nobody may notice.
 #include <qmml/distrib.h>
 
+#include "distrib/guard.h"
 #include "family.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <thread>
@@ -76,6 +78,39 @@ TEST(MemoryOfCalls, ThreadsDoNotMeet)
         thread.join();
     for (const int count : differing)
         EXPECT_EQ(count, 0);
+}
+
+// A value that was kept raises no fault: where there is one to raise, nothing may be kept.
+TEST(MemoryOfCalls, FaultsAreRaisedEachTime)
+{
+    const auto trapping = [](auto call) {
+        const unsigned unit = platform::read_unit();
+        platform::write_unit(unit & ~(platform::fault::serious << 7) & ~platform::fault::any);
+        const double value = call();
+        platform::write_unit(unit);
+        return value;
+    };
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(trapping([] { return betai(1e-100, 2, 0.5); }), distr_error_value);
+        EXPECT_EQ(betai(1e-100, 2, 0.5), 1.0);
+    }
+    // What a signalling NaN leaves behind must not meet a comparison.
+    const double signalling = std::bit_cast<double>(std::uint64_t{0x7ff0000000000001u});
+    for (const Member& member : family()) {
+        const double hostile[4] = {0.5, signalling, signalling, signalling}, ordinary[4] = {0.5, 2, 3, 4};
+        member.call(hostile);
+        const double value = trapping([&] { return member.call(ordinary); });
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(member.call(ordinary)))
+            << member.name;
+    }
+}
+
+TEST(MemoryOfCalls, ZerosKeepTheirSigns)
+{
+    for (const double p : {-0.0, 0.0, -0.0}) {
+        EXPECT_EQ(std::signbit(i_geom(0, p)), std::signbit(p));
+        EXPECT_EQ(std::signbit(d_geom(0, p)), std::signbit(p));
+    }
 }
 
 } // namespace qmml::test

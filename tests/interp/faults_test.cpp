@@ -86,10 +86,16 @@ TEST(FormulaUnderTraps, KeepsValuesThatRaiseNothingOfTheKind)
 
 TEST(FormulaUnderTraps, ComparesMissingValuesQuietly)
 {
-    for (const char* formula : {"(x=1)+1", "(x<1)+1", "(x>=1)+2", "max(2,x)", "sign(x)+2", "(not x)+1", "min(x,2)"}) {
-        const auto outcome = under_traps(formula, std::nan(""), s_serious, false);
-        EXPECT_EQ(std::bit_cast<double>(outcome.bits), 2.0) << formula;
+    const double signalling = std::bit_cast<double>(std::uint64_t{0x7ff0000000000001u});
+    for (const double nan : {std::nan(""), signalling}) {
+        for (const char* formula :
+             {"(x=1)+1", "(x<1)+1", "(x>=1)+2", "max(2,x)", "sign(x)+2", "(not x)+1", "min(x,2)", "(-x>abs(x))+2"}) {
+            const auto outcome = under_traps(formula, nan, s_serious, false);
+            EXPECT_EQ(std::bit_cast<double>(outcome.bits), 2.0) << formula;
+        }
     }
+    for (const char* formula : {"max(1,(0*0/0)*x)", "max(1,x+1)", "max(1,x-1)"})
+        EXPECT_EQ(under_traps(formula, signalling, FE_INVALID, false).bits, 0x7ff8000000000000u) << formula;
 }
 
 // A fault in front of a formula error comes first, one behind it does not come at all.

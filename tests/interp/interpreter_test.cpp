@@ -113,6 +113,10 @@ TEST(Formula, MakesInfiniteDenormalAndRejectedOutcomesMissing)
          {"1/0", "-1/0", "1e400", "exp(1000)", "1e-310", "-1e-310", "exp(-740)", "log(0)", "sqrt(-1)", "inormal(1,0,0)",
           "1e308*10", "2^1024", "0/0", "vbeta(0.5,-1,2)", "log(-1)"})
         EXPECT_TRUE(std::isnan(value_of(formula))) << formula;
+    for (const char* formula : {"sqrt(1e400)", "-sqrt(1e400)", "log(1e400)", "max(x,sqrt(1e400))"})
+        EXPECT_TRUE(std::isnan(value_of(formula))) << formula;
+    EXPECT_EQ(value_of("log(1e400)>1000"), 1.0);
+    EXPECT_DOUBLE_EQ(value_of("log(3e-320)"), std::log(3e-320));
     EXPECT_EQ(value_of("1/(1/0)"), 0.0);
     EXPECT_TRUE(std::signbit(value_of("-0")));
 }
