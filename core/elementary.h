@@ -21,10 +21,16 @@ inline std::uint64_t magnitude_bits(double x) noexcept
     return std::bit_cast<std::uint64_t>(x) & 0x7fffffffffffffffu;
 }
 
+// For arguments known to lie inside s_exponential_range.
+inline double exp_ordinary(double x) noexcept
+{
+    return exp_normal_range<ScalarLane>(x);
+}
+
 inline double exp(double x) noexcept
 {
     if (magnitude_bits(x) < std::bit_cast<std::uint64_t>(s_exponential_range)) [[likely]]
-        return exp_normal_range<ScalarLane>(x);
+        return exp_ordinary(x);
     return exp_special(x);
 }
 

@@ -17,9 +17,15 @@ inline bool calm_point(double x, double location, double scale) noexcept
 }
 
 // The same for exp(-z), which overflows far below the location.
-inline bool calm_exponent(double x, double location, double scale, double limit = 700.0) noexcept
+inline bool calm_exponent(double x, double location, double scale) noexcept
 {
-    return calm_point(x, location, scale) && standardised(x, location, scale) > -limit;
+    return calm_point(x, location, scale) && standardised(x, location, scale) > -700;
+}
+
+// A distance at which exp needs no look at its argument, and its square has room.
+inline bool near_point(double x, double location, double scale) noexcept
+{
+    return calm_point(x, location, scale) && within(standardised(x, location, scale), 256.0);
 }
 
 inline bool calm_quantile(double p, double location, double scale) noexcept

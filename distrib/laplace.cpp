@@ -5,26 +5,28 @@
 
 namespace qmml {
 
+template <double (*Exp)(double) noexcept>
 static double laplace_density_formula(double x, double location, double scale) noexcept
 {
-    return distr_ok(0.5 * elementary::exp(-std::abs(standardised(x, location, scale))) / scale);
+    return distr_ok(0.5 * Exp(-std::abs(standardised(x, location, scale))) / scale);
 }
 
 static double laplace_density(double x, double location, double scale) noexcept
 {
-    return scale <= 0 ? distr_fail() : laplace_density_formula(x, location, scale);
+    return scale <= 0 ? distr_fail() : laplace_density_formula<elementary::exp>(x, location, scale);
 }
 
+template <double (*Exp)(double) noexcept>
 static double laplace_lower_formula(double x, double location, double scale) noexcept
 {
     const double z = standardised(x, location, scale);
-    const double e = elementary::exp(-std::abs(z));
+    const double e = Exp(-std::abs(z));
     return distr_ok(z < 0 ? 0.5 * e : (1 - e + 1) * 0.5); // exactly 0.5 at the location
 }
 
 static double laplace_lower(double x, double location, double scale) noexcept
 {
-    return scale <= 0 ? distr_fail() : laplace_lower_formula(x, location, scale);
+    return scale <= 0 ? distr_fail() : laplace_lower_formula<elementary::exp>(x, location, scale);
 }
 
 // Leaves the last error alone.
@@ -45,14 +47,14 @@ static double laplace_quantile(double p, double location, double scale) noexcept
 
 double d_laplace(double x, double location, double scale)
 {
-    return qmml::shielded<qmml::laplace_density_formula, qmml::laplace_density>(qmml::calm_point(x, location, scale), x,
-                                                                                location, scale);
+    return qmml::shielded<qmml::laplace_density_formula<qmml::elementary::exp_ordinary>, qmml::laplace_density>(
+        qmml::near_point(x, location, scale), x, location, scale);
 }
 
 double i_laplace(double x, double location, double scale)
 {
-    return qmml::shielded<qmml::laplace_lower_formula, qmml::laplace_lower>(qmml::calm_point(x, location, scale), x,
-                                                                            location, scale);
+    return qmml::shielded<qmml::laplace_lower_formula<qmml::elementary::exp_ordinary>, qmml::laplace_lower>(
+        qmml::near_point(x, location, scale), x, location, scale);
 }
 
 double v_laplace(double p, double location, double scale)

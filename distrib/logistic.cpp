@@ -13,11 +13,9 @@ static constexpr double s_least_scale = 1e-6; // of the lower tail, which is 0 b
 // One division, with room for the square and the scale.
 static double logistic_density_formula(double x, double location, double scale) noexcept
 {
-    const double e = elementary::exp(-standardised(x, location, scale));
+    const double e = elementary::exp_ordinary(-standardised(x, location, scale));
     return distr_ok(e / ((1 + e) * (1 + e) * scale));
 }
-
-static constexpr double s_exponent_with_room = 300.0;
 
 static double logistic_density(double x, double location, double scale) noexcept
 {
@@ -31,14 +29,15 @@ static double logistic_density(double x, double location, double scale) noexcept
 }
 
 // Leaves the last error alone.
+template <double (*Exp)(double) noexcept>
 static double logistic_lower_formula(double x, double location, double scale) noexcept
 {
-    return 1 / (1 + elementary::exp(-standardised(x, location, scale)));
+    return 1 / (1 + Exp(-standardised(x, location, scale)));
 }
 
 static double logistic_lower(double x, double location, double scale) noexcept
 {
-    return scale < s_least_scale ? 0 : logistic_lower_formula(x, location, scale);
+    return scale < s_least_scale ? 0 : logistic_lower_formula<elementary::exp>(x, location, scale);
 }
 
 template <double (*Log)(double) noexcept>
@@ -56,15 +55,15 @@ static double logistic_quantile(double p, double location, double scale) noexcep
 
 double d_logis(double x, double location, double scale)
 {
-    return qmml::shielded<qmml::logistic_density_formula, qmml::logistic_density>(
-        qmml::calm_exponent(x, location, scale, qmml::s_exponent_with_room), x, location, scale);
+    return qmml::shielded<qmml::logistic_density_formula, qmml::logistic_density>(qmml::near_point(x, location, scale),
+                                                                                  x, location, scale);
 }
 
 double i_logis(double x, double location, double scale)
 {
-    const bool calm =
-        qmml::between(scale, qmml::s_least_scale, qmml::s_calm_limit) && qmml::calm_exponent(x, location, scale);
-    return qmml::shielded<qmml::logistic_lower_formula, qmml::logistic_lower>(calm, x, location, scale);
+    const bool calm = qmml::near_point(x, location, scale) && scale >= qmml::s_least_scale;
+    return qmml::shielded<qmml::logistic_lower_formula<qmml::elementary::exp_ordinary>, qmml::logistic_lower>(
+        calm, x, location, scale);
 }
 
 double v_logis(double p, double location, double scale)
