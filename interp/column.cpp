@@ -164,6 +164,8 @@ bool ColumnEvaluation::run_kernel(const Instruction& instruction, const Operatio
     case Operation::logical_and: return binary(kernels.logical_and);
     case Operation::logical_or: return binary(kernels.logical_or);
     case Operation::logical_not: return unary(kernels.logical_not);
+    case Operation::truth_and: return binary(kernels.truth_and);
+    case Operation::truth_or: return binary(kernels.truth_or);
     case Operation::minus: return unary(kernels.minus);
     case Operation::absolute: return unary(kernels.absolute);
     case Operation::sign: return unary(kernels.sign);

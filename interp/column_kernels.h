@@ -20,7 +20,7 @@ struct BinaryKernels {
 struct OperationKernels {
     BinaryKernels add, subtract, multiply, divide;
     BinaryKernels equal, not_equal, greater, greater_equal, less, less_equal;
-    BinaryKernels logical_and, logical_or, minimum, maximum;
+    BinaryKernels logical_and, logical_or, truth_and, truth_or, minimum, maximum;
     UnaryKernel logical_not, minus, absolute, sign, truncate, square_root, square;
     UnaryKernel exponential, logarithm, sine, cosine, copy;
     NormalKernel normal, lower_normal; // sigma not zero, both parameters finite

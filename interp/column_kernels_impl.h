@@ -158,6 +158,8 @@ struct BlockKernels {
             .less_equal = binary<LessEqual>,
             .logical_and = binary<And>,
             .logical_or = binary<Or>,
+            .truth_and = binary<TruthAnd>,
+            .truth_or = binary<TruthOr>,
             .minimum = binary<Minimum>,
             .maximum = binary<Maximum>,
             .logical_not = unary<Not>,

@@ -83,6 +83,7 @@ private:
     void reduce_to_level(int level);
     void reduce_to_left();
     void emit(const Function& function);
+    bool turn_last_relation();
 
     Tokenizer& m_tokenizer;
     Program* const m_program;
@@ -117,7 +118,8 @@ void Pass::push_operand(Operand operand)
 
 void Pass::push_constant(double value)
 {
-    push_operand({Operand::constant, false, checking() ? 0u : static_cast<std::uint32_t>(m_program->constants.size())});
+    push_operand(
+        {Operand::constant, false, false, checking() ? 0u : static_cast<std::uint32_t>(m_program->constants.size())});
     if (!checking())
         m_program->constants.push_back(value);
 }
@@ -128,18 +130,43 @@ void Pass::reduce()
     const int needed = checking() ? function.checked_operands : function.operands;
     if (function.operation == Operation::invalid || m_operand_count < needed)
         throw FormulaError{error_syntax};
-    if (!checking())
-        emit(function);
-    else
+    if (!checking()) {
+        if (function.operation != Operation::logical_not || !turn_last_relation())
+            emit(function);
+    } else
         // A check may need fewer operands than it uses up: what is missing is missed later.
         m_operand_count -= function.operands - 1;
+}
+
+// "not" behind a relation makes it the opposite one.
+bool Pass::turn_last_relation()
+{
+    const Operand& operand = m_operands[m_operand_count - 1];
+    if (operand.kind != Operand::temporary || m_program->instructions.empty())
+        return false;
+    Instruction& last = m_program->instructions.back();
+    const Operation turned = opposite(last.operation);
+    if (turned == Operation::invalid || last.result != operand.index)
+        return false;
+    last.operation = turned;
+    return true;
+}
+
+// On truth values the logical operators are simpler.
+static Operation simplified(Operation operation, const Operand* operands) noexcept
+{
+    if (operation == Operation::logical_and && operands[0].truth && operands[1].truth)
+        return Operation::truth_and;
+    if (operation == Operation::logical_or && operands[0].truth && operands[1].truth)
+        return Operation::truth_or;
+    return operation;
 }
 
 void Pass::emit(const Function& function)
 {
     m_operand_count -= function.operands;
     Instruction instruction{};
-    instruction.operation = function.operation;
+    instruction.operation = simplified(function.operation, m_operands + m_operand_count);
     instruction.operands = static_cast<std::uint8_t>(function.operands);
     instruction.result = static_cast<std::uint8_t>(m_operand_count);
     instruction.call = function.address;
@@ -148,7 +175,7 @@ void Pass::emit(const Function& function)
                                      [](const Operand& operand) { return operand.varies; });
     m_program->temporaries = std::max(m_program->temporaries, m_operand_count + 1);
     m_program->instructions.push_back(instruction);
-    push_operand({Operand::temporary, instruction.varies, instruction.result});
+    push_operand({Operand::temporary, instruction.varies, gives_truth(instruction.operation), instruction.result});
 }
 
 void Pass::reduce_to_level(int level)
@@ -199,7 +226,7 @@ void Pass::take(const Token& token)
         if (token.kind == Token::variable) {
             if (!checking())
                 m_program->variables_used = std::max(m_program->variables_used, token.index + 1);
-            push_operand({Operand::variable, true, static_cast<std::uint32_t>(token.index)});
+            push_operand({Operand::variable, true, false, static_cast<std::uint32_t>(token.index)});
         } else {
             push_constant(token.value);
         }

@@ -156,6 +156,19 @@ std::span<const Function> functions() noexcept
     return s_functions;
 }
 
+Operation opposite(Operation relation) noexcept
+{
+    switch (relation) {
+    case Operation::equal: return Operation::not_equal;
+    case Operation::not_equal: return Operation::equal;
+    case Operation::greater: return Operation::less_equal;
+    case Operation::greater_equal: return Operation::less;
+    case Operation::less: return Operation::greater_equal;
+    case Operation::less_equal: return Operation::greater;
+    default: return Operation::invalid;
+    }
+}
+
 // A name of at most eight letters in one word, so that looking it up is a multiplication and a comparison.
 static constexpr std::uint64_t pack(std::string_view name) noexcept
 {

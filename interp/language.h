@@ -50,6 +50,8 @@ enum class Operation : unsigned char {
     logical_and,
     logical_or,
     logical_not,
+    truth_and, // of two truth values
+    truth_or,
     invalid, // a parenthesis or a separator left over
     minus,
     ifgraph,
@@ -88,6 +90,15 @@ struct Function {
     int checked_operands; // how many a check takes from the stack before it puts its result there
     Address address;
 };
+
+// The relation that holds exactly where this one does not, missing values included; invalid for other operations.
+Operation opposite(Operation relation) noexcept;
+
+// True for operations that give 1.0 or 0.0.
+constexpr bool gives_truth(Operation operation) noexcept
+{
+    return operation >= Operation::equal && operation <= Operation::truth_or;
+}
 
 // Indexed by operator code, 0 to 91.
 const Function& function_of(int code) noexcept;

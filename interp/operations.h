@@ -123,6 +123,21 @@ struct Or {
         return truth<L>(L::either(L::differ(a, L::set(0.0)), L::differ(b, L::set(0.0))));
     }
 };
+// Of truth values: their bits do.
+struct TruthAnd {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return L::as_number(L::as_bits(a) & L::as_bits(b));
+    }
+};
+struct TruthOr {
+    template <class L>
+    static typename L::D apply(typename L::D a, typename L::D b) noexcept
+    {
+        return L::as_number(L::as_bits(a) | L::as_bits(b));
+    }
+};
 struct Minimum { // a NaN on either side gives b
     template <class L>
     static typename L::D apply(typename L::D a, typename L::D b) noexcept

@@ -85,6 +85,8 @@ static inline void run(const Instruction& i, const Graph& graph) noexcept
     case Operation::logical_and: binary<And>(i); break;
     case Operation::logical_or: binary<Or>(i); break;
     case Operation::logical_not: unary<Not>(i); break;
+    case Operation::truth_and: binary<TruthAnd>(i); break;
+    case Operation::truth_or: binary<TruthOr>(i); break;
     case Operation::minus: unary<Minus>(i); break;
     case Operation::ifgraph: *i.target = is_graph(*s[0], graph.graph); break;
     case Operation::ifgraph_row_column: *i.target = is_graph_at(*s[0], *s[1], graph); break;
@@ -135,6 +137,8 @@ static bool is_quiet(Operation operation) noexcept
     case Operation::logical_and:
     case Operation::logical_or:
     case Operation::logical_not:
+    case Operation::truth_and:
+    case Operation::truth_or:
     case Operation::minus:
     case Operation::absolute:
     case Operation::sign:

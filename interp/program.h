@@ -17,6 +17,7 @@ struct Operand {
 
     Kind kind = constant;
     bool varies = false; // from case to case
+    bool truth = false;  // 0 or 1
     std::uint32_t index = 0;
 };
 
@@ -48,7 +49,7 @@ struct Frame {
 struct Program {
     std::vector<Instruction> instructions;
     std::vector<double> constants;
-    Operand result{Operand::variable, true, 0};
+    Operand result{Operand::variable, true, false, 0};
     const double* result_source = nullptr;
     int temporaries = 0;    // how many are used
     int variables_used = 0; // the highest variable's number plus one

@@ -9,7 +9,7 @@ namespace qmml::interp {
 // Exponents of normal numbers, with room for one rounding.
 static constexpr int s_lowest = -1021, s_highest = 1023;
 
-static constexpr Range s_truth = {0, 1, true, true};
+static constexpr Range s_unit = {0, 1, true}; // truth values and signs
 
 static Outcome safe(Range range, Hazard hazard = Hazard::none) noexcept
 {
@@ -85,8 +85,10 @@ Outcome outcome_of(Operation operation, const Range* r, const double* const* con
     case Operation::less_equal:
     case Operation::logical_and:
     case Operation::logical_or:
-    case Operation::logical_not: return safe(s_truth);
-    case Operation::sign: return safe({0, 1, true});
+    case Operation::logical_not:
+    case Operation::truth_and:
+    case Operation::truth_or:
+    case Operation::sign: return safe(s_unit);
     case Operation::minus:
     case Operation::absolute: return safe({r[0].low, r[0].high, r[0].zero});
     case Operation::truncate: return safe({0, std::max(r[0].high, 1), true});

@@ -14,7 +14,6 @@ namespace qmml::interp {
 struct Range {
     int low = 0, high = 0;
     bool zero = false;
-    bool truth = false; // 0 or 1
 };
 
 // Calm numbers are zero and those of moderate size.

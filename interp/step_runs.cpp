@@ -41,6 +41,12 @@ struct PlainGreater {
 struct PlainGreaterEqual {
     static double apply(const Step&, double a, double b) noexcept { return platform::less_equal(b, a); }
 };
+struct PlainBoth {
+    static double apply(const Step&, double a, double b) noexcept { return platform::both(a, b); }
+};
+struct PlainEither {
+    static double apply(const Step&, double a, double b) noexcept { return platform::either(a, b); }
+};
 struct PlainMaximum {
     static double apply(const Step&, double a, double b) noexcept { return b > a ? b : a; }
 };
@@ -199,6 +205,8 @@ constexpr auto s_binary = std::to_array<BinaryRuns>({
     binary_runs<PlainLessEqual>(Operation::less_equal),
     binary_runs<Same<And>>(Operation::logical_and),
     binary_runs<Same<Or>>(Operation::logical_or),
+    binary_runs<PlainBoth>(Operation::truth_and),
+    binary_runs<PlainEither>(Operation::truth_or),
     binary_runs<Same<Minimum>>(Operation::minimum),
     binary_runs<PlainMaximum>(Operation::maximum),
 });
@@ -263,9 +271,8 @@ const FusedRuns* find_fused(Operation outer, Operation inner) noexcept
     static constexpr auto s_arithmetic =
         std::to_array({arithmetic_in<PlainAdd>(Operation::add), arithmetic_in<PlainSubtract>(Operation::subtract),
                        arithmetic_in<PlainMultiply>(Operation::multiply)});
-    // Of two truth values the product is "and", the greater one "or".
-    static constexpr auto s_logic = std::to_array(
-        {relations_in<PlainMultiply>(Operation::multiply), relations_in<PlainMaximum>(Operation::maximum)});
+    static constexpr auto s_logic =
+        std::to_array({relations_in<PlainBoth>(Operation::truth_and), relations_in<PlainEither>(Operation::truth_or)});
     const auto search = [=](const auto& tables) -> const FusedRuns* {
         for (const auto& table : tables)
             for (const auto& runs : table)

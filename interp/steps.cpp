@@ -7,39 +7,15 @@
 namespace qmml::interp {
 namespace {
 
-// The relation that holds where this one does not.
-Operation opposite(Operation relation) noexcept
-{
-    switch (relation) {
-    case Operation::equal: return Operation::not_equal;
-    case Operation::not_equal: return Operation::equal;
-    case Operation::greater: return Operation::less_equal;
-    case Operation::greater_equal: return Operation::less;
-    case Operation::less: return Operation::greater_equal;
-    case Operation::less_equal: return Operation::greater;
-    default: return Operation::invalid;
-    }
-}
-
-// On truth values the logical operators are arithmetic.
-Operation simplified(const Instruction& instruction, const Range* ranges) noexcept
-{
-    switch (instruction.operation) {
-    case Operation::logical_and:
-        return ranges[0].truth && ranges[1].truth ? Operation::multiply : instruction.operation;
-    case Operation::logical_or: return ranges[0].truth && ranges[1].truth ? Operation::maximum : instruction.operation;
-    default: return instruction.operation;
-    }
-}
-
 class Builder {
 public:
     Builder(std::vector<Step>& steps, bool* spoilt) noexcept : m_steps(steps), m_spoilt(spoilt) {}
 
-    void add(const Instruction& instruction, Operation operation, const Range& range)
+    void add(const Instruction& instruction, const Range& range)
     {
-        if (turn_round(instruction) || fuse(instruction, operation))
+        if (fuse(instruction))
             return;
+        Operation operation = instruction.operation;
         Step step{nullptr,
                   {instruction.source[0], instruction.source[1], instruction.source[2]},
                   instruction.target,
@@ -67,22 +43,10 @@ private:
         return !m_steps.empty() && m_steps.back().target == source;
     }
 
-    // "not" behind a relation.
-    bool turn_round(const Instruction& instruction) noexcept
-    {
-        const Operation turned = opposite(m_last);
-        if (instruction.operation != Operation::logical_not || turned == Operation::invalid ||
-            !is_previous(instruction.source[0]))
-            return false;
-        m_steps.back().run = find_binary(turned)->memory_memory;
-        m_last = turned;
-        return true;
-    }
-
     // An operation on the result of one that had both operands in memory.
-    bool fuse(const Instruction& instruction, Operation operation) noexcept
+    bool fuse(const Instruction& instruction) noexcept
     {
-        const FusedRuns* const runs = find_fused(operation, m_last);
+        const FusedRuns* const runs = find_fused(instruction.operation, m_last);
         if (runs == nullptr)
             return false;
         Step& inner = m_steps.back();
@@ -127,7 +91,7 @@ void Steps::build(const Program& program, Frame& frame)
         if (outcome.hazard == Hazard::unsafe)
             return;
         temporaries[instruction.result] = outcome.range;
-        builder.add(instruction, simplified(instruction, ranges), outcome.range);
+        builder.add(instruction, outcome.range);
     }
     if (program.result.kind != Operand::constant || is_calm(*program.result_source))
         m_result = program.result_source;

@@ -33,6 +33,16 @@ inline double less_equal(double a, double b) noexcept
     return detail::truth(_mm_cmple_sd(_mm_set_sd(a), _mm_set_sd(b)));
 }
 
+// Of truth values.
+inline double both(double a, double b) noexcept
+{
+    return _mm_cvtsd_f64(_mm_and_pd(_mm_set_sd(a), _mm_set_sd(b)));
+}
+inline double either(double a, double b) noexcept
+{
+    return _mm_cvtsd_f64(_mm_or_pd(_mm_set_sd(a), _mm_set_sd(b)));
+}
+
 #else
 
 inline double equal(double a, double b) noexcept
@@ -50,6 +60,15 @@ inline double less(double a, double b) noexcept
 inline double less_equal(double a, double b) noexcept
 {
     return a <= b ? 1.0 : 0.0;
+}
+
+inline double both(double a, double b) noexcept
+{
+    return a * b;
+}
+inline double either(double a, double b) noexcept
+{
+    return a > b ? a : b;
 }
 
 #endif
