@@ -17,6 +17,7 @@
 #include <vector>
 
 namespace qmml::test {
+namespace {
 
 static constexpr double s_infinity = std::numeric_limits<double>::infinity();
 
@@ -191,4 +192,5 @@ TEST(Hostile, InvalidParametersFail)
         }
 }
 
+} // namespace
 } // namespace qmml::test

@@ -14,6 +14,7 @@
 #include <thread>
 
 namespace qmml::test {
+namespace {
 
 struct Call {
     const Member* member;
@@ -113,4 +114,5 @@ TEST(MemoryOfCalls, ZerosKeepTheirSigns)
     }
 }
 
+} // namespace
 } // namespace qmml::test
