@@ -20,7 +20,7 @@ static constexpr double s_step_floor = 1e-305;
 // shape of 0.01 some 800 passes. A step of any size is damped away in 1400 rounds.
 static constexpr int s_passes = 3000;
 static constexpr int s_dampings = 2000; // of one pass
-static constexpr int s_terms = 50'000'000;
+static constexpr int s_terms = 30'000'000;
 
 // The published start, for a tail area of at most one half.
 static double starting_point(double area, double p, double q, double ln_beta) noexcept

@@ -10,6 +10,7 @@
 #include <limits>
 
 namespace qmml {
+namespace {
 
 using Real = long double;
 using Policy =
@@ -178,4 +179,5 @@ TEST(ClosedForms, CauchyQuantileAtZeroIsBeyondThePole)
     EXPECT_LT(v_cauchy(1, 0, 1), -1e15);
 }
 
+} // namespace
 } // namespace qmml

@@ -14,6 +14,7 @@
 #include <limits>
 
 namespace qmml {
+namespace {
 
 static constexpr double s_infinity = std::numeric_limits<double>::infinity();
 
@@ -171,4 +172,5 @@ TEST(Normal, AndLognormalMatchReference)
     }
 }
 
+} // namespace
 } // namespace qmml
