@@ -6,6 +6,7 @@
 #include "qmml/distrib.h"
 #include "qmml/interp.h"
 #include "qmml/missing.h"
+#include "qmml/numtext.h"
 #include "qmml/platform.h"
 #include "qmml/random.h"
 
