@@ -19,6 +19,10 @@
  *   5 formula error
  * Positions count characters from the start of the text, or from the first non-blank character behind the target name.
  *
+ * Floating-point traps never end the process: a fault that the caller has unmasked makes the value missing. Invalid
+ * operation, division by zero and overflow count however they were unmasked; underflow, inexact and denormal operands
+ * where the C library's functions did it, as they do for the old unit and MXCSR together.
+ *
  * One interpreter serves one thread at a time. */
 #ifndef QMML_INTERP_H
 #define QMML_INTERP_H
