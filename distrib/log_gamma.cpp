@@ -2,8 +2,8 @@
 
 #include <qmml/distrib.h>
 
+#include "core/elementary.h"
 #include "distrib/guard.h"
-#include "distrib/log_pair.h"
 
 #include <array>
 
@@ -20,7 +20,7 @@ static constexpr double s_lanczos[] = {
 static constexpr double s_ln_sqrt_2pi = 0.9189385332046727;
 
 // Requires x > 0.
-template <LogPair (*Logarithms)(double, double) noexcept>
+template <double (*Log)(double) noexcept>
 static inline double lanczos(double x) noexcept
 {
     // Counted down from x + 7, so that an x below 1e-16 is lost in the last denominator and the result is infinite.
@@ -32,15 +32,14 @@ static inline double lanczos(double x) noexcept
     for (const double term : terms)
         sum += term;
     const double t = x + 6.5;
-    const LogPair ln = Logarithms(t, s_lanczos_leading + sum);
-    return (x - 0.5) * ln.first - t + s_ln_sqrt_2pi + ln.second;
+    return (x - 0.5) * Log(t) - t + s_ln_sqrt_2pi + Log(s_lanczos_leading + sum); // the first does not wait for the sum
 }
 
 double ln_gamma(double x) noexcept
 {
     if (x <= 0) // written so that a NaN passes through
         return distr_error_value;
-    return calm_ln_gamma(x) ? lanczos<log_pair_normal_range>(x) : lanczos<log_pair>(x);
+    return calm_ln_gamma(x) ? lanczos<elementary::log_ordinary>(x) : lanczos<elementary::log>(x);
 }
 
 static constexpr int s_tabulated = 1024;
@@ -77,6 +76,6 @@ static double gammln_anywhere(double x) noexcept
 double gammln(double x)
 {
     if (qmml::calm_ln_gamma(x)) [[likely]]
-        return qmml::distr_ok(qmml::lanczos<qmml::log_pair_normal_range>(x));
+        return qmml::distr_ok(qmml::lanczos<qmml::elementary::log_ordinary>(x));
     return qmml::shielded_kernel<qmml::gammln_anywhere>(x);
 }
