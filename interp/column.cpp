@@ -6,7 +6,6 @@
 #include "platform/memory_hints.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -42,11 +41,11 @@ public:
     }
 
     bool ready() const noexcept { return m_workspace.good(); }
+    void prefetch(std::ptrdiff_t first) const noexcept;
     void block(double* result, std::ptrdiff_t first, int n, bool streaming) noexcept;
 
 private:
     void point_at_variables(std::ptrdiff_t first, int n) noexcept;
-    void prefetch_next(std::ptrdiff_t first) const noexcept;
     const double* operand(const Instruction& instruction, int i) const noexcept;
     void execute_block(const Instruction& instruction, int n, int padded) noexcept;
     bool run_kernel(const Instruction& instruction, const OperationKernels& kernels, double* out, int padded) noexcept;
@@ -79,13 +78,13 @@ void ColumnEvaluation::point_at_variables(std::ptrdiff_t first, int n) noexcept
 }
 
 // A block of a column is a page: the processor's own prefetching would begin anew with each.
-void ColumnEvaluation::prefetch_next(std::ptrdiff_t first) const noexcept
+void ColumnEvaluation::prefetch(std::ptrdiff_t first) const noexcept
 {
     constexpr int step = platform::s_cache_line / static_cast<int>(sizeof(double));
     for (int v = 0; v < m_program.variables_used; ++v)
         if (m_columns != nullptr && m_columns[v] != nullptr)
             for (int i = 0; i < s_block; i += step)
-                platform::prefetch(m_columns[v] + first + s_block + i);
+                platform::prefetch(m_columns[v] + first + i);
 }
 
 const double* ColumnEvaluation::operand(const Instruction& instruction, int i) const noexcept
@@ -226,8 +225,6 @@ void ColumnEvaluation::block(double* result, std::ptrdiff_t first, int n, bool s
 {
     const int padded = (n + 7) / 8 * 8;
     point_at_variables(first, n);
-    if (n == s_block)
-        prefetch_next(first);
     for (std::size_t i = 0; i + 1 < m_program.instructions.size(); ++i)
         execute_block(m_program.instructions[i], n, padded);
     if (n == s_block) {
@@ -261,8 +258,11 @@ bool evaluate_column(const Program& program, const Graph& graph, double* result,
     std::ptrdiff_t first = streaming ? cases_before_line(result) : 0;
     if (first > 0)
         evaluation.block(result, 0, static_cast<int>(first), false);
-    for (; first < n; first += s_block)
+    for (; first < n; first += s_block) {
+        if (n - first >= 2 * s_block)
+            evaluation.prefetch(first + s_block);
         evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)), streaming);
+    }
     if (streaming)
         platform::finish_streaming();
     return true;

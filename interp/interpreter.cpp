@@ -46,8 +46,6 @@ struct ExInterpreter::State {
     // May throw std::bad_alloc; then nothing is kept.
     void prepare()
     {
-        if (compiled)
-            return;
         program = Program{};
         const Verdict made = compile(tokenizer(), program);
         program.link(frame);
@@ -211,13 +209,16 @@ bool ExInterpreter::begin_slowly(const double* result) noexcept
 
 bool ExInterpreter::State::begin() noexcept
 {
-    try {
-        const platform::FloatGuard guard; // reading numbers is not part of the evaluation
-        prepare();
-    } catch (const std::bad_alloc&) {
-        return false;
+    if (!compiled) {
+        try {
+            const platform::FloatGuard guard; // reading numbers is not part of the evaluation
+            prepare();
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
     }
-    clear_error();
+    if (error_set)
+        clear_error();
     return true;
 }
 
