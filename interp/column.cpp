@@ -259,7 +259,7 @@ bool evaluate_column(const Program& program, const Graph& graph, double* result,
     if (first > 0)
         evaluation.block(result, 0, static_cast<int>(first), false);
     for (; first < n; first += s_block) {
-        if (n - first >= 2 * s_block)
+        if (n - first - s_block >= s_block)
             evaluation.prefetch(first + s_block);
         evaluation.block(result, first, static_cast<int>(std::min<std::ptrdiff_t>(s_block, n - first)), streaming);
     }
