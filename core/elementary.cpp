@@ -1,10 +1,11 @@
 #include "core/elementary.h"
 
+#include "core/missing.h"
+
 #include <limits>
 
 namespace qmml::elementary {
 
-static constexpr double s_missing = std::bit_cast<double>(std::uint64_t{0x7ff8000000000000u});
 static constexpr double s_infinity = std::numeric_limits<double>::infinity();
 
 // Not folded by the compiler: the division is there for the fault that it raises.
@@ -19,11 +20,6 @@ static double undefined() noexcept
 {
     (void)divide_by_zero(0.0);
     return s_missing;
-}
-
-static bool is_nan(double x) noexcept
-{
-    return magnitude_bits(x) > 0x7ff0000000000000u;
 }
 
 double exp_special(double x) noexcept

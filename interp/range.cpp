@@ -11,11 +11,11 @@ static constexpr int s_lowest = -1021, s_highest = 1023;
 
 static constexpr Range s_unit = {0, 1, true}; // truth values and signs
 
-static Outcome safe(Range range, Hazard hazard = Hazard::none) noexcept
+static std::optional<Range> safe(Range range) noexcept
 {
     if (range.low < s_lowest || range.high > s_highest)
-        return {};
-    return {range, hazard};
+        return std::nullopt;
+    return range;
 }
 
 static bool is_exactly_zero(const Range& range) noexcept
@@ -61,7 +61,7 @@ static bool has_moderate_parameters(const double* const* constants) noexcept
            *constants[2] > 0.0;
 }
 
-Outcome outcome_of(Operation operation, const Range* r, const double* const* constants) noexcept
+std::optional<Range> range_of_result(Operation operation, const Range* r, const double* const* constants) noexcept
 {
     switch (operation) {
     case Operation::add:
@@ -69,13 +69,13 @@ Outcome outcome_of(Operation operation, const Range* r, const double* const* con
     case Operation::multiply: return safe(product(r[0], r[1]));
     case Operation::divide: {
         if (is_exactly_zero(r[1]))
-            return {};
+            return std::nullopt;
         const Range quotient = {r[0].low - r[1].high, r[0].high - r[1].low + 1, r[0].zero};
-        return safe(quotient, r[1].zero ? Hazard::checked : Hazard::none);
+        return safe(quotient);
     }
     case Operation::power:
         if (constants[1] == nullptr || *constants[1] != 2.0)
-            return {};
+            return std::nullopt;
         return safe(product(r[0], r[0]));
     case Operation::equal:
     case Operation::not_equal:
@@ -94,15 +94,15 @@ Outcome outcome_of(Operation operation, const Range* r, const double* const* con
     case Operation::truncate: return safe({0, std::max(r[0].high, 1), true});
     case Operation::minimum:
     case Operation::maximum: return safe(hull(r[0], r[1]));
-    case Operation::square_root: return safe({r[0].low / 2 - 1, r[0].high / 2 + 1, r[0].zero}, Hazard::checked);
-    case Operation::exponential: return safe({-740, 740, false}, Hazard::checked);
-    case Operation::logarithm: return safe({-54, 11, true}, Hazard::checked);
+    case Operation::square_root: return safe({r[0].low / 2 - 1, r[0].high / 2 + 1, r[0].zero});
+    case Operation::exponential: return safe({-740, 740, false});
+    case Operation::logarithm: return safe({-54, 11, true});
     case Operation::sine:
     case Operation::cosine: return safe({std::min(r[0].low, -s_calm_exponent) - 1, 1, true});
     case Operation::lower_normal: // the smallest tail that is not cut off is about 2^-257
         return has_moderate_parameters(constants) && r[0].high <= 2 * s_calm_exponent ? safe({-260, 1, true})
-                                                                                      : Outcome{};
-    default: return {};
+                                                                                      : std::nullopt;
+    default: return std::nullopt;
     }
 }
 

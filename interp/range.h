@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <optional>
 
 namespace qmml::interp {
 
@@ -29,18 +30,6 @@ inline bool is_calm(double v) noexcept
     return magnitude == 0;
 }
 
-// What remains to be looked at when the operation runs.
-enum class Hazard : unsigned char {
-    none,
-    checked, // operands outside the domain in which it raises no fault
-    unsafe,  // nothing is promised
-};
-
-struct Outcome {
-    Range range;
-    Hazard hazard = Hazard::unsafe;
-};
-
 // Of a constant that is zero or a normal number; infinities and denormals have no range.
 bool has_range(double v) noexcept;
 Range range_of_constant(double v) noexcept;
@@ -48,7 +37,9 @@ inline constexpr Range s_calm_range = {-s_calm_exponent, s_calm_exponent, true};
 // Beyond it an exponential is not taken without a check.
 inline constexpr double s_exponential_limit = 512.0;
 
-// For operands in these ranges; operands[i] are in the order of the formula.
-Outcome outcome_of(Operation operation, const Range* operands, const double* const* constants) noexcept;
+// For operands in these ranges, left to right; constants[i] is null where the operand is none. Nothing where a fault is
+// possible that the step's own look at its operands does not catch.
+std::optional<Range> range_of_result(Operation operation, const Range* operands,
+                                     const double* const* constants) noexcept;
 
 } // namespace qmml::interp

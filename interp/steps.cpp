@@ -87,11 +87,11 @@ void Steps::build(const Program& program, Frame& frame)
                         : from.kind == Operand::variable ? s_calm_range
                                                          : temporaries[from.index];
         }
-        const Outcome outcome = outcome_of(instruction.operation, ranges, constants);
-        if (outcome.hazard == Hazard::unsafe)
+        const auto range = range_of_result(instruction.operation, ranges, constants);
+        if (!range)
             return;
-        temporaries[instruction.result] = outcome.range;
-        builder.add(instruction, outcome.range);
+        temporaries[instruction.result] = *range;
+        builder.add(instruction, *range);
     }
     if (program.result.kind != Operand::constant || is_calm(*program.result_source))
         m_result = program.result_source;
