@@ -24,6 +24,8 @@ const DistributionParameters distribution_parameters = {
     .lognorm_sigma = 0.75,
     .pareto_shape = 2.5,
     .poisson_mean = 8,
+    .range_df = 10,
+    .range_groups = 3,
     .rayleigh_scale = 2,
     .student_df = 9,
     .weibull_scale = 2,
@@ -154,6 +156,13 @@ void add_discrete_and_special(Suite& suite)
     add("gammq", [p](double x) { return gammq(p.gamma_shape, x); });
     add("betai", [p](double x) { return betai(p.beta_a, p.beta_b, x); });
     add("xftest", [p](double x) { return xftest(p.f_df1, p.f_df2, x); });
+    short fault = 0;
+    add("prtrng_v10_r3", [=](double x) mutable { return prtrng(x, p.range_df, p.range_groups, &fault); });
+    add("prtrng_infinite_r3", [=](double x) mutable { return prtrng(x, 1e9, p.range_groups, &fault); });
+    add("prtrng_v60_r20", [=](double x) mutable { return prtrng(x, 60, 20, &fault); });
+    add("qtrng_middle_v10_r3", [=](double q) mutable { return qtrng(q, p.range_df, p.range_groups, &fault); });
+    add("qtrng_v10_r3", [=](double q) mutable { return qtrng(q, p.range_df, p.range_groups, &fault); });
+    add("qtrng_v60_r20", [=](double q) mutable { return qtrng(q, 60, 20, &fault); });
     add("invnrm", [p](double q) { return invnrm(q, static_cast<int>(p.student_df)); });
     add("invistudent_t", [p](double q) { return invistudent_t(q, p.student_df); });
 }

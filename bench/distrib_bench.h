@@ -18,6 +18,7 @@ struct DistributionParameters {
     double lognorm_mu, lognorm_sigma;
     double pareto_shape;
     double poisson_mean;
+    double range_df, range_groups;
     double rayleigh_scale;
     double student_df;
     double weibull_scale, weibull_shape, weibull_location;

@@ -67,6 +67,12 @@ void add_nmath(Suite& suite)
     add("gammq", [p](double x) { return pgamma(x, p.gamma_shape, 1, 0, 0); });
     add("betai", [p](double x) { return pbeta(x, p.beta_a, p.beta_b, 1, 0); });
     add("xftest", [p](double x) { return pf(x, p.f_df1, p.f_df2, 0, 0); });
+    add("prtrng_v10_r3", [p](double x) { return ptukey(x, 1, p.range_groups, p.range_df, 1, 0); });
+    add("prtrng_infinite_r3", [p](double x) { return ptukey(x, 1, p.range_groups, 1e9, 1, 0); });
+    add("prtrng_v60_r20", [](double x) { return ptukey(x, 1, 20, 60, 1, 0); });
+    add("qtrng_middle_v10_r3", [p](double q) { return qtukey(q, 1, p.range_groups, p.range_df, 1, 0); });
+    add("qtrng_v10_r3", [p](double q) { return qtukey(q, 1, p.range_groups, p.range_df, 1, 0); });
+    add("qtrng_v60_r20", [](double q) { return qtukey(q, 1, 20, 60, 1, 0); });
     add("invnrm", [p](double q) { return qt(q, p.student_df, 1, 0); });
     add("invistudent_t", [p](double q) { return qt(q / 2, p.student_df, 0, 0); });
 }

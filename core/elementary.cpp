@@ -1,6 +1,7 @@
 #include "core/elementary.h"
 
 #include "core/missing.h"
+#include "platform/wide_product.h"
 
 #include <limits>
 
@@ -76,19 +77,6 @@ static std::uint64_t window(unsigned bit) noexcept
     return s_two_over_pi[word] << shift | s_two_over_pi[word + 1] >> (64 - shift);
 }
 
-struct Product {
-    std::uint64_t high, low;
-};
-
-static Product multiply(std::uint64_t a, std::uint64_t b) noexcept
-{
-    const std::uint64_t mask = 0xffffffffu;
-    const std::uint64_t low = (a & mask) * (b & mask);
-    const std::uint64_t cross1 = (a >> 32) * (b & mask) + (low >> 32);
-    const std::uint64_t cross2 = (a & mask) * (b >> 32) + (cross1 & mask);
-    return {(a >> 32) * (b >> 32) + (cross1 >> 32) + (cross2 >> 32), cross2 << 32 | (low & mask)};
-}
-
 // Payne and Hanek, Radian reduction for trigonometric functions, ACM SIGNUM Newsletter 18 (1983): of the product with
 // 2/pi only the digits around the binary point matter. Finite |x| >= 2^19.
 static Reduced<ScalarLane> reduce_large(double x) noexcept
@@ -99,8 +87,8 @@ static Reduced<ScalarLane> reduce_large(double x) noexcept
 
     // Three words of 2/pi from the digit that, times the mantissa's last place, weighs 2: above are whole turns.
     const unsigned first = static_cast<unsigned>(exponent - 2 + 64);
-    const Product p2 = multiply(mantissa, window(first + 128));
-    const Product p1 = multiply(mantissa, window(first + 64));
+    const auto p2 = platform::wide_product(mantissa, window(first + 128));
+    const auto p1 = platform::wide_product(mantissa, window(first + 64));
     std::uint64_t low = p2.low;
     std::uint64_t middle = p1.low + p2.high;
     std::uint64_t high = mantissa * window(first) + p1.high + (middle < p1.low ? 1u : 0u);

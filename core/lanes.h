@@ -54,6 +54,17 @@ struct ScalarLane {
     }
     static D gather(const double* table, I index) noexcept { return table[index]; }
     static D sqrt(D v) noexcept { return std::sqrt(v); }
+
+    static D larger(D a, D b) noexcept { return a > b ? a : b; } // b where one is a NaN
+    static double largest_of(D v) noexcept { return v; }         // none is a NaN
+    static int last_of(M m) noexcept { return m ? 0 : -1; }      // the last lane where it holds, or -1
+
+    // The count numbers, at least one and at most width, that are there. What is loaded beyond them repeats the first,
+    // so that it raises no fault of its own.
+    static D load_first(const double* p, int) noexcept { return *p; }
+    static void store_first(double* p, D v, int) noexcept { *p = v; }
+
+    static void transpose(D (&)[width]) noexcept {} // rows become columns
 };
 
 } // namespace qmml

@@ -7,6 +7,7 @@ namespace qmml::host {
 
 void add_eval_command(CLI::App& app);
 void add_dist_command(CLI::App& app);
+void add_matrix_command(CLI::App& app);
 void add_functions_command(CLI::App& app);
 
 } // namespace qmml::host

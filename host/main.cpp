@@ -1,4 +1,4 @@
-// qmml: formulas over data files and distribution values from the command line.
+// qmml: formulas over data files, distributions and matrices from the command line.
 #include "host/command.h"
 #include "host/error.h"
 #include "host/output_file.h"
@@ -50,12 +50,13 @@ static std::vector<std::string> arguments(int argc, char** argv)
 
 static int run(int argc, char** argv)
 {
-    CLI::App app("Formulas over data files, and probability distributions", "qmml");
+    CLI::App app("Formulas over data files, probability distributions, matrix algebra", "qmml");
     app.set_version_flag("--version", "qmml " QMML_HOST_VERSION);
     app.require_subcommand(1);
     app.footer("\"qmml COMMAND --help\" tells more. Exit codes: 0 success, 2 any error.");
     add_eval_command(app);
     add_dist_command(app);
+    add_matrix_command(app);
     add_functions_command(app);
     try {
         app.parse(arguments(argc, argv));

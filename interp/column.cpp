@@ -35,7 +35,7 @@ private:
 class ColumnEvaluation {
 public:
     ColumnEvaluation(const Program& program, const Graph& graph, const double* const* columns) noexcept
-        : m_program(program), m_graph(graph), m_columns(columns), m_kernels(column_kernels()),
+        : m_program(program), m_graph(graph), m_columns(columns), m_kernels(*s_column_kernels),
           m_workspace(program.temporaries + program.variables_used)
     {
     }

@@ -3,11 +3,6 @@
 
 namespace qmml::interp {
 
-static bool always() noexcept
-{
-    return true;
-}
-
-constinit const ColumnKernels s_baseline_kernels = column_kernels_of<platform::BaselineLane>("baseline", always);
+constinit const ColumnKernels s_column_baseline = column_kernels_of<platform::BaselineLane>();
 
 } // namespace qmml::interp

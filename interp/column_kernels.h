@@ -1,7 +1,7 @@
 // Operations of the formula language over blocks of cases, one set per instruction set. All sets give the same bits.
 #pragma once
 
-#include <span>
+#include "platform/levels.h"
 
 namespace qmml::interp {
 
@@ -27,20 +27,12 @@ struct OperationKernels {
 };
 
 struct ColumnKernels {
-    const char* name;
-    bool (*supported)() noexcept;
     OperationKernels intermediate;
     OperationKernels last;     // make the formula's value of the result: what is infinite or denormal becomes missing
     OperationKernels streamed; // the same, to a cache line's start, past the caches
 };
 
-extern const ColumnKernels s_baseline_kernels, s_avx2_kernels, s_avx512_kernels;
-
-// Best first; the last one runs everywhere.
-std::span<const ColumnKernels* const> column_kernel_variants() noexcept;
-
-// The best supported set, or the one that a test has chosen.
-const ColumnKernels& column_kernels() noexcept;
-void choose_column_kernels(const ColumnKernels* kernels) noexcept; // null: the best
+extern const ColumnKernels s_column_baseline, s_column_avx2, s_column_avx512;
+inline constexpr platform::KernelSets<ColumnKernels> s_column_kernels = QMML_KERNEL_SETS(s_column);
 
 } // namespace qmml::interp

@@ -181,10 +181,9 @@ struct BlockKernels {
 };
 
 template <class L>
-constexpr ColumnKernels column_kernels_of(const char* name, bool (*supported)() noexcept)
+constexpr ColumnKernels column_kernels_of()
 {
-    return {name, supported, BlockKernels<L, Intermediate>::table(), BlockKernels<L, Last>::table(),
-            BlockKernels<L, Streamed>::table()};
+    return {BlockKernels<L, Intermediate>::table(), BlockKernels<L, Last>::table(), BlockKernels<L, Streamed>::table()};
 }
 
 } // namespace qmml::interp

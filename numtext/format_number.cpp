@@ -2,8 +2,11 @@
 
 #include "core/missing.h"
 #include "numtext/decimal_digits.h"
+#include "numtext/digit_words.h"
+#include "numtext/quick_digits.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
@@ -23,13 +26,10 @@ char* append_run(char* text, char c, int count) noexcept
     return text + count;
 }
 
-int fixed_length(const DecimalDigits& number) noexcept
+int fixed_length(int count, int exponent) noexcept
 {
-    if (number.exponent < 0)
-        return number.count + 1 - number.exponent; // 0.00ddd
-    if (number.count <= number.exponent + 1)
-        return number.exponent + 1; // ddd00
-    return number.count + 1;
+    const int leading = std::max(-exponent, 0), whole = std::max(exponent + 1, 1); // 0.00ddd, ddd00
+    return std::max(whole, count + leading + (count > exponent + 1));
 }
 
 char* append_fixed(char* text, const DecimalDigits& number, char decimal) noexcept
@@ -77,17 +77,100 @@ char* append_number(char* text, double value, int width, int digits, char decima
         return text + sizeof infinity;
     }
     const auto number = shortest_digits(value, digits);
-    return fixed_length(number) + negative <= width ? append_fixed(text, number, decimal)
-                                                    : append_scientific(text, number, decimal);
+    return fixed_length(number.count, number.exponent) + negative <= width ? append_fixed(text, number, decimal)
+                                                                           : append_scientific(text, number, decimal);
+}
+
+// "e-308", for every exponent of a double.
+struct ExponentText {
+    char text[5];
+    signed char length;
+};
+constexpr int s_lowest_exponent = -324, s_highest_exponent = 308;
+
+constexpr auto make_exponents()
+{
+    std::array<ExponentText, s_highest_exponent - s_lowest_exponent + 1> texts = {};
+    for (int exponent = s_lowest_exponent; exponent <= s_highest_exponent; ++exponent) {
+        auto& [text, length] = texts[static_cast<std::size_t>(exponent - s_lowest_exponent)];
+        const int magnitude = std::max(exponent, -exponent);
+        text[length++] = 'e';
+        if (exponent < 0)
+            text[length++] = '-';
+        for (int power = magnitude >= 100 ? 100 : magnitude >= 10 ? 10 : 1; power != 0; power /= 10)
+            text[length++] = static_cast<char>('0' + magnitude / power % 10);
+    }
+    return texts;
+}
+constexpr auto s_exponents = make_exponents();
+
+// How the digits turn into at most sixteen characters.
+struct Layout {
+    int leading; // zeros in front
+    int whole;   // digits before the separator
+    int length;  // of the characters, without blanks
+};
+
+SixteenBytes lay_out(const SixteenBytes& digits, const Layout& layout, char decimal) noexcept
+{
+    const auto before = layout.leading == 0 ? digits : move_back(digits, layout.leading), behind = move_back(before, 1);
+    const auto &to_separator = leading_mask(layout.whole), &past_separator = leading_mask(layout.whole + 1),
+               &used = leading_mask(layout.length);
+    const std::uint64_t separator = repeat(static_cast<char>(decimal ^ '0')), zeros = repeat('0'), blanks = repeat(' ');
+    const auto word = [&](std::uint64_t SixteenBytes::*half) {
+        const std::uint64_t first = to_separator.*half, second = past_separator.*half;
+        const std::uint64_t characters =
+            ((before.*half & first) | (separator & (first ^ second)) | (behind.*half & ~second)) ^ zeros;
+        return (characters & used.*half) | (blanks & ~(used.*half));
+    };
+    return {word(&SixteenBytes::low), word(&SixteenBytes::high)};
+}
+
+// Where sixteen characters hold all but sign and exponent, in a field of at least 15: written in place, in few words
+// and without branches, since lengths and signs are as good as random. 0 where that cannot be.
+int format_in_words(double value, int width, int digits, char decimal, char* text) noexcept
+{
+    const auto number = quick_digits(value, digits);
+    const bool negative = (bits_of(value) >> 63) != 0;
+    const int fixed = fixed_length(number.count, number.exponent);
+    const bool is_fixed = fixed + negative <= width;
+    if (number.count == 0 || (is_fixed && fixed + negative > 16))
+        return 0;
+    const Layout layout = {is_fixed ? std::max(-number.exponent, 0) : 0,
+                           is_fixed ? std::max(number.exponent + 1, 1) : 1,
+                           is_fixed ? fixed : number.count + (number.count > 1)};
+    const auto [low, high] = lay_out(number.digits, layout, decimal);
+    const int sign_bits = 8 * negative;
+    const auto minus = static_cast<std::uint64_t>(negative ? '-' : 0);
+    const int mantissa = layout.length + negative;
+    const auto& exponent = s_exponents[static_cast<std::size_t>(number.exponent - s_lowest_exponent)];
+    const int length = is_fixed ? mantissa : mantissa + exponent.length;
+    const int end = std::max(length, width);
+
+    store_bytes(text, low << sign_bits | minus);
+    store_bytes(text + 8, high << sign_bits | low >> 1 >> (63 - sign_bits));
+    char unused[8];
+    char* const last = mantissa > 16 ? text + 16 : unused;
+    *last = static_cast<char>(high >> 56);
+    // Two to five characters as three pairs that overlap.
+    char* const behind = is_fixed ? unused : text + mantissa;
+    for (const int place : {0, (exponent.length - 1) / 2, exponent.length - 2})
+        std::memcpy(behind + place, exponent.text + place, 2);
+    if (width > 16 && width > length)
+        std::memset(text + length, ' ', static_cast<std::size_t>(end - length));
+    text[end] = '\0';
+    return end;
 }
 
 } // namespace
 
 int format_general(double value, int width, int digits, char decimal, char* text) noexcept
 {
+    if (width >= 15)
+        if (const int length = format_in_words(value, width, digits, decimal, text); length != 0)
+            return length;
     char line[s_widest_field + s_slack];
-    width = std::clamp(width, 0, s_widest_field);
-    const char* end = append_number(line, value, width, std::clamp(digits, 1, s_most_digits), decimal);
+    const char* end = append_number(line, value, width, digits, decimal);
     auto length = static_cast<int>(end - line);
     if (length < width) {
         append_run(line + length, ' ', width - length);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <qmml/core.h>
 #include <qmml/numtext.h>
@@ -15,6 +14,7 @@ using namespace qmml;
 
 // Guarded by the host, with IniConLock.
 static unsigned short s_decimal = '.';
+static char s_separator = '.'; // what numbers have of it
 static struct {
     int width, digits;
 } s_format = {15, 15};
@@ -23,14 +23,14 @@ static constexpr int s_default_width = 15, s_default_digits = 15, s_needed_digit
 
 char qmml::decimal_separator() noexcept
 {
-    const auto c = static_cast<char>(s_decimal & 0x7F);
-    const bool digit = c >= '0' && c <= '9', visible = s_decimal > ' ' && s_decimal < 0x7F;
-    return !visible || digit || c == '+' || c == '-' || c == 'e' || c == 'E' ? '.' : c;
+    return s_separator;
 }
 
 void SetDecimalSep(unsigned short c)
 {
     s_decimal = c;
+    const bool digit = c >= '0' && c <= '9', visible = c > ' ' && c < 0x7F;
+    s_separator = !visible || digit || c == '+' || c == '-' || c == 'e' || c == 'E' ? '.' : static_cast<char>(c);
 }
 
 void SetDecimalSepConv(unsigned short c)
@@ -46,7 +46,7 @@ unsigned short GetDecimalSepConv(void)
 // Every selector chooses the general format.
 void IniCon__(int, int width, int digits)
 {
-    s_format = {width, digits};
+    s_format = {std::clamp(width, 0, s_widest_field), std::clamp(digits, 1, s_most_digits)};
 }
 
 int Conver__(double value, char* text)
@@ -92,14 +92,8 @@ void Ini_GN(int) {}
 
 int Get_NU(const char* text, double* value)
 {
-    if (!text)
-        return 0;
-    double number = 0.0;
-    if (!scan_field(text, text + std::strlen(text), decimal_separator(), number))
-        return 0;
-    if (value)
-        *value = number;
-    return 1;
+    double unused = 0.0;
+    return text && scan_field(text, decimal_separator(), value ? *value : unused);
 }
 
 int Get_NU_EOB(const char** cursor, double* value)
@@ -109,7 +103,7 @@ int Get_NU_EOB(const char** cursor, double* value)
     const char* const start = Lstrpreclip(*cursor);
     ScannedNumber number = {s_missing, start};
     if (*start) {
-        number = scan_number(start, start + std::strlen(start), decimal_separator());
+        number = scan_number(start, decimal_separator());
         if (number.end == start)
             return 0;
     }

@@ -18,12 +18,4 @@ constexpr int binary_exponent_of_ten(int power) noexcept
 // 10^power is in [significand, significand + 1) * 2^(binary_exponent_of_ten(power) - 63).
 extern const std::array<std::uint64_t, s_highest_power - s_lowest_power + 1> s_powers_of_ten;
 
-// The upper half of the product.
-constexpr std::uint64_t upper_product(std::uint64_t a, std::uint64_t b) noexcept
-{
-    const std::uint64_t a0 = a & 0xFFFFFFFF, a1 = a >> 32, b0 = b & 0xFFFFFFFF, b1 = b >> 32;
-    const std::uint64_t middle = a1 * b0 + (a0 * b0 >> 32), other = a0 * b1 + (middle & 0xFFFFFFFF);
-    return a1 * b1 + (middle >> 32) + (other >> 32);
-}
-
 } // namespace qmml

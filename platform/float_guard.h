@@ -69,6 +69,19 @@ inline bool seems_masked() noexcept
 #endif
 }
 
+// The same for every fault and for the rounding, which has to be to nearest.
+inline bool rounds_quietly() noexcept
+{
+#if defined(__x86_64__)
+    constexpr unsigned rounding = 0xC00;
+    unsigned short control;
+    __asm__ volatile("fnstcw %0" : "=m"(control));
+    return (control & (fault::any | rounding)) == fault::any;
+#else
+    return std::fegetround() == FE_TONEAREST;
+#endif
+}
+
 // On the way out the caller's masks are back. The outermost guard leaves no flag raised; an inner one leaves those that
 // stood before it.
 class FloatGuard {

@@ -240,6 +240,46 @@ QMML_API double invnrm(double p, int df);
  * where the search fails. The last error is never set to the error code. */
 QMML_API double invistudent_t(double p, double df);
 
+/* Studentized range
+ *
+ * The range of r normal means over an independent estimate of their standard deviation with v degrees of freedom. Lund
+ * and Lund's AS 190 (1983): the probability is off by 1e-4 to 3e-4, up to 3e-3 for v near 1 and large q. Beyond 120
+ * degrees v counts as infinite. These do not touch the last error; they store a fault code instead: 0 none; 1 v < 1 or
+ * r < 2; 2 no convergence; 9 a fault inside qtrng. */
+
+/* P(range <= q); 0 for q <= 0. */
+QMML_API double prtrng(double q, double v, double r, short* fault);
+/* The q with this probability: for p from 0.9 to 0.99 by secants, to 0.005 in the probability; otherwise as qinter. */
+QMML_API double qtrng(double p, double v, double r, short* fault);
+/* The starting value of qtrng, by a closed formula; v and r are not checked, p = 1 is fault 1. */
+QMML_API double qtrngo(double p, double v, double r, short* fault);
+/* By steps, the last one below 1e-5. */
+QMML_API double qinter(double p, double v, double r, short* fault);
+
+/* Tests of proportions and means
+ *
+ * They return 1 and store the statistic, the p-value and the status 0; or return 0 and store the status of the stage
+ * that failed: 1 a proportion or a standard deviation out of range; 2 a count too small; 3 the probability. Statistic
+ * and p-value are then 0 and 1 unless they had been reached. The last error is as i_normal and i_binom leave it.
+ *
+ * The statistic z has a standard normal distribution under the hypothesis; the p-value is the smaller tail behind it,
+ * or twice that tail where oneSided is 0. */
+
+/* phat, observed in n cases, n >= 2, against p0, 0 < p0 < 1. With oneSided 1 and normalApprox 0 the p-value is exact and
+ * the statistic 0: for k = n phat, P(X <= k) where phat <= p0, else P(X > k), or 0 where k < 1. */
+QMML_API int BinomialTestSingleSample(double p0, double phat, double n, int oneSided, unsigned char normalApprox,
+                                      double* statistic, double* p, int* status);
+/* p1 of size1 cases against p2 of size2, pooled: with a common proportion in the standard error. Status 3 also for a
+ * standard error of 0. */
+QMML_API int BinomialTestTwoSamples(double p1, double p2, double size1, double size2, int oneSided,
+                                    unsigned char pooled, double* statistic, double* p, int* status);
+/* z = (m1 - m0) / (sd / sqrt(n)). */
+QMML_API int zTestSingleSampleMean(double m0, double m1, double sd, double n, int oneSided, double* statistic,
+                                   double* p, int* status);
+/* pooled: with a common standard deviation, which two samples of one value each do not have: z is not a number then. */
+QMML_API int zTestTwoSampleMeans(double mean1, double mean2, double sd1, double sd2, double size1, double size2,
+                                 int oneSided, unsigned char pooled, double* statistic, double* p, int* status);
+
 QMML_END_C
 
 #endif

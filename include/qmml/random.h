@@ -58,6 +58,21 @@ QMML_API void PushRndState(RndState* record);
 /* Returns the new depth. The library's own record comes back when the last entry goes, so the depth is never 0. */
 QMML_API unsigned PopRndState(void);
 
+/* count distinct integers from low..high, both included, in ascending order; what follows the range's last one is 0
+ * where count is larger. They are drawn from the list of those left, or, where the range is at least 51 times the count,
+ * from the whole range until they differ. 1, or 0 for low > high, count < 1 and without memory.
+ * low = high stores a single 0. A null array sets the last error (qmml/core.h) to 12661.
+ * Memory beside out: about (high - low) / 6 bytes, or 32 for each integer where that is less. */
+QMML_API int PyloSelectUniqueRandomIntegersInRange(int count, int low, int high, int* out);
+/* 1 if the variable, counted from 1, is among the count numbers, else 0. */
+QMML_API int PyloDoesVariableExistInList(int count, const int* list, int variable);
+
+/* A stack on which a host keeps its event sources. Neither push nor pop touches an object's references; get adds one to
+ * the object on top for the caller. Without memory for another entry the stack stays as it was. */
+QMML_API void push_event_source(EventSource* source);
+QMML_API void pop_event_source(void);
+QMML_API EventSource* get_event_source(void); /* null when there is none */
+
 QMML_END_C
 
 #endif

@@ -55,6 +55,45 @@ struct Avx2Lane {
         return _mm256_i64gather_pd(table, reinterpret_cast<__m256i>(index), 8);
     }
     static D sqrt(D v) noexcept { return _mm256_sqrt_pd(v); }
+
+    static D larger(D a, D b) noexcept { return _mm256_max_pd(a, b); }
+    static double largest_of(D v) noexcept
+    {
+        const __m128d two = _mm_max_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1));
+        return _mm_cvtsd_f64(_mm_max_sd(two, _mm_unpackhi_pd(two, two)));
+    }
+    static int last_of(M m) noexcept
+    {
+        return any(m) ? 31 - __builtin_clz(static_cast<unsigned>(_mm256_movemask_pd(m))) : -1;
+    }
+
+    static D load_first(const double* p, int count) noexcept
+    {
+        const auto there = _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_setr_epi64x(0, 1, 2, 3));
+        return _mm256_blendv_pd(set(*p), _mm256_maskload_pd(p, there), _mm256_castsi256_pd(there));
+    }
+    static void store_first(double* p, D v, int count) noexcept // masked stores are slow on some processors
+    {
+        if (count == width)
+            return store(p, v);
+        __m128d half = _mm256_castpd256_pd128(v);
+        if (count & 2) {
+            _mm_storeu_pd(p, half);
+            half = _mm256_extractf128_pd(v, 1);
+        }
+        if (count & 1)
+            _mm_store_sd(p + (count & 2), half);
+    }
+
+    static void transpose(D (&rows)[width]) noexcept
+    {
+        const D a = _mm256_unpacklo_pd(rows[0], rows[1]), b = _mm256_unpackhi_pd(rows[0], rows[1]);
+        const D c = _mm256_unpacklo_pd(rows[2], rows[3]), d = _mm256_unpackhi_pd(rows[2], rows[3]);
+        rows[0] = _mm256_permute2f128_pd(a, c, 0x20);
+        rows[1] = _mm256_permute2f128_pd(b, d, 0x20);
+        rows[2] = _mm256_permute2f128_pd(a, c, 0x31);
+        rows[3] = _mm256_permute2f128_pd(b, d, 0x31);
+    }
 };
 
 } // namespace qmml::platform

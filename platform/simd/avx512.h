@@ -50,6 +50,44 @@ struct Avx512Lane {
         return _mm512_i64gather_pd(reinterpret_cast<__m512i>(index), table, 8);
     }
     static D sqrt(D v) noexcept { return _mm512_sqrt_pd(v); }
+
+    // With a mask of all lanes: GCC 12 warns about what its headers make of the forms without.
+    static D larger(D a, D b) noexcept { return _mm512_maskz_max_pd(0xff, a, b); }
+    static double largest_of(D v) noexcept
+    {
+        const __m256d four =
+            _mm256_max_pd(_mm512_maskz_extractf64x4_pd(0xff, v, 0), _mm512_maskz_extractf64x4_pd(0xff, v, 1));
+        const __m128d two = _mm_max_pd(_mm256_castpd256_pd128(four), _mm256_extractf128_pd(four, 1));
+        return _mm_cvtsd_f64(_mm_max_sd(two, _mm_unpackhi_pd(two, two)));
+    }
+    static int last_of(M m) noexcept { return any(m) ? 31 - __builtin_clz(m) : -1; }
+
+    static D load_first(const double* p, int count) noexcept
+    {
+        return _mm512_mask_loadu_pd(set(*p), static_cast<M>((1u << count) - 1), p);
+    }
+    static void store_first(double* p, D v, int count) noexcept
+    {
+        _mm512_mask_storeu_pd(p, static_cast<M>((1u << count) - 1), v);
+    }
+
+    static void transpose(D (&rows)[width]) noexcept
+    {
+        D pairs[width], quads[width];
+        for (int i = 0; i < width; i += 2) { // 128-bit parts hold two numbers of one column
+            pairs[i] = _mm512_unpacklo_pd(rows[i], rows[i + 1]);
+            pairs[i + 1] = _mm512_unpackhi_pd(rows[i], rows[i + 1]);
+        }
+        for (int i = 0; i < width; i += 4)
+            for (int k = 0; k < 2; ++k) { // columns k, k + 4 and k + 2, k + 6 of four rows
+                quads[i + k] = _mm512_shuffle_f64x2(pairs[i + k], pairs[i + k + 2], 0x88);
+                quads[i + k + 2] = _mm512_shuffle_f64x2(pairs[i + k], pairs[i + k + 2], 0xdd);
+            }
+        for (int k = 0; k < 4; ++k) {
+            rows[k] = _mm512_shuffle_f64x2(quads[k], quads[k + 4], 0x88);
+            rows[k + 4] = _mm512_shuffle_f64x2(quads[k], quads[k + 4], 0xdd);
+        }
+    }
 };
 
 } // namespace qmml::platform

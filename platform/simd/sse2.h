@@ -53,6 +53,24 @@ struct Sse2Lane {
     }
     static D gather(const double* table, I index) noexcept { return _mm_set_pd(table[index[1]], table[index[0]]); }
     static D sqrt(D v) noexcept { return _mm_sqrt_pd(v); }
+
+    static D larger(D a, D b) noexcept { return _mm_max_pd(a, b); }
+    static double largest_of(D v) noexcept { return _mm_cvtsd_f64(_mm_max_sd(v, _mm_unpackhi_pd(v, v))); }
+    static int last_of(M m) noexcept
+    {
+        const int lanes = _mm_movemask_pd(m);
+        return lanes > 1 ? 1 : lanes - 1;
+    }
+
+    static D load_first(const double* p, int count) noexcept { return count == width ? load(p) : set(*p); }
+    static void store_first(double* p, D v, int count) noexcept { count == width ? store(p, v) : _mm_store_sd(p, v); }
+
+    static void transpose(D (&rows)[width]) noexcept
+    {
+        const D first = _mm_unpacklo_pd(rows[0], rows[1]);
+        rows[1] = _mm_unpackhi_pd(rows[0], rows[1]);
+        rows[0] = first;
+    }
 };
 
 } // namespace qmml::platform

@@ -1,5 +1,6 @@
 // Columns: the bits of single calls, at every instruction set, for every length.
-#include "interp/column_kernels.h"
+
+#include "platform/levels.h"
 
 #include <algorithm>
 #include <bit>
@@ -11,8 +12,6 @@
 #include <vector>
 
 namespace {
-
-using namespace qmml::interp;
 
 // Every inlined operation with constant and varying operands, and some that are called case by case.
 constexpr const char* s_formulas[] = {
@@ -89,12 +88,7 @@ void expect_same_bits(const std::vector<double>& a, const std::vector<double>& b
         ASSERT_EQ(std::bit_cast<std::uint64_t>(a[i]), std::bit_cast<std::uint64_t>(b[i])) << what << ", case " << i;
 }
 
-class ColumnKernelSets : public testing::Test {
-protected:
-    ~ColumnKernelSets() override { choose_column_kernels(nullptr); }
-};
-
-TEST_F(ColumnKernelSets, GiveTheBitsOfSingleCalls)
+TEST(ColumnKernels, GiveTheBitsOfSingleCalls)
 {
     constexpr std::size_t n = 4099;
     const auto x = values(1, n), y = values(2, n), z = values(3, n);
@@ -104,14 +98,12 @@ TEST_F(ColumnKernelSets, GiveTheBitsOfSingleCalls)
         std::vector<double> single(n), column(n);
         for (std::size_t i = 0; i < n; ++i)
             ASSERT_EQ(interpreter.ExpresVal(&single[i], x[i], y[i], z[i]), 1) << formula;
-        for (const auto* kernels : column_kernel_variants()) {
-            if (!kernels->supported())
-                continue;
-            choose_column_kernels(kernels);
+        for (const qmml::platform::Level level : qmml::platform::supported_levels()) {
+            const qmml::platform::ForcedLevel forced(level);
             ASSERT_EQ(interpreter.ExpresColumn(column.data(), static_cast<int>(n), columns), static_cast<int>(n));
             expect_same_bits(column, single, n, formula);
             if (HasFatalFailure()) {
-                ADD_FAILURE() << kernels->name;
+                ADD_FAILURE() << "level " << static_cast<int>(level);
                 return;
             }
         }
@@ -138,7 +130,7 @@ TEST(Column, HasEveryLengthAndMayReplaceItsArgument)
 }
 
 // Long results go past the caches in whole lines: the ends and the alignment must not matter.
-TEST_F(ColumnKernelSets, GiveLongColumnsTheSameResultsAtEveryAlignment)
+TEST(ColumnKernels, GiveLongColumnsTheSameResultsAtEveryAlignment)
 {
     ExInterpreter interpreter("x*2+y", 2);
     constexpr std::size_t n = (1u << 17) + 777;
@@ -147,17 +139,15 @@ TEST_F(ColumnKernelSets, GiveLongColumnsTheSameResultsAtEveryAlignment)
     std::vector<double> expected(n), result(n + 16);
     for (std::size_t i = 0; i < n; ++i)
         interpreter.ExpresVal(&expected[i], x[i], y[i]);
-    for (const auto* kernels : column_kernel_variants()) {
-        if (!kernels->supported())
-            continue;
-        choose_column_kernels(kernels);
+    for (const qmml::platform::Level level : qmml::platform::supported_levels()) {
+        const qmml::platform::ForcedLevel forced(level);
         for (std::size_t offset : {0u, 1u, 6u, 7u}) {
             std::fill(result.begin(), result.end(), 42.0);
             ASSERT_EQ(interpreter.ExpresColumn(result.data() + offset, static_cast<int>(n), columns),
                       static_cast<int>(n));
             EXPECT_EQ(result[n + offset], 42.0);
             result.erase(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(offset));
-            expect_same_bits(result, expected, n, kernels->name);
+            expect_same_bits(result, expected, n, "level and alignment");
             result.resize(n + 16);
         }
     }

@@ -1,0 +1,7 @@
+#include "core/sort_kernels_impl.h"
+
+namespace qmml {
+
+constinit const SortKernels s_sort_baseline = sort_kernels_of<ScalarKeys>();
+
+} // namespace qmml

@@ -1,0 +1,147 @@
+#include "matrix/elimination_work.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+namespace qmml::matrix {
+
+// Columns that take panels of steps do so by sixteen rows, and an odd number of such groups keeps the elements of a row
+// out of each other's way in the caches.
+static std::int64_t stride_of(int n, bool panels) noexcept
+{
+    if (!panels)
+        return (std::int64_t{n} + 7) / 8 * 8;
+    return ((std::int64_t{n} + 15) / 16 | 1) * 16;
+}
+
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the arrays for small orders are filled as far as needed
+EliminationWork::EliminationWork(const double* a, int n, bool inverse) noexcept
+{
+    const bool panels = n > s_largest_single;
+    const std::int64_t stride = stride_of(n, panels), panel = panels ? s_longest_panel : 1;
+    double* numbers = m_few_numbers;
+    int* integers = m_few_integers;
+    Use* uses = m_few_uses;
+    if (n > s_largest_on_stack) {
+        m_elimination.columns = nullptr;
+        if (!m_numbers.allocate((n + 3 + 2 * panel) * stride + s_line) || !m_integers.allocate(5 * std::int64_t{n}) ||
+            !m_uses.allocate(n))
+            return;
+        const auto past_line = reinterpret_cast<std::uintptr_t>(m_numbers.data()) / sizeof(double) % s_line;
+        numbers = m_numbers.data() + (s_line - past_line) % s_line;
+        integers = m_integers.data();
+        uses = m_uses.data();
+    }
+    Elimination& e = m_elimination;
+    e.n = n;
+    e.stride = stride;
+    e.inverse = inverse;
+    e.panels = panels;
+    e.columns = numbers;
+    e.magnitude = numbers + n * stride;
+    e.largest = e.magnitude + stride;
+    e.applied = e.largest + stride;
+    e.multiples = e.applied + stride;
+    e.pivot_row = e.multiples + panel * stride;
+    e.use = uses;
+    e.listed = integers;
+    e.steps = 0;
+    m_rows = integers + n;
+    m_columns = m_rows + n;
+    e.candidates = m_columns + n;
+    e.next = e.candidates + n;
+    for (int j = 0; j < n; ++j) {
+        const double* const from = a + j * std::int64_t{n};
+        double* const to = numbers + j * stride;
+        for (int i = 0; i < n; ++i)
+            to[i] = from[i];
+        for (std::int64_t i = n; i < stride; ++i)
+            to[i] = 0.0;
+    }
+    mark_unused();
+}
+
+void EliminationWork::mark_unused() noexcept
+{
+    Elimination& e = m_elimination;
+    const auto all_but_sign = std::bit_cast<double>(~std::uint64_t{0} >> 1);
+    for (std::int64_t j = 0; j < e.stride; ++j) {
+        e.magnitude[j] = j < e.n ? all_but_sign : 0.0;
+    }
+    for (std::int64_t j = e.n; j < e.stride; ++j)
+        e.largest[j] = -1.0;
+    for (int j = 0; j < e.n; ++j) {
+        e.use[j] = Use::none;
+        e.listed[j] = j;
+    }
+    e.listed_count = e.n;
+    if (e.panels)
+        std::fill_n(e.applied, e.stride, 0.0);
+}
+
+void EliminationWork::drop_used(Pivot& pivot) noexcept
+{
+    Elimination& e = m_elimination;
+    const int left = e.listed_count;
+    const bool panels = left > s_largest_single;
+    if (left > e.n - e.n / 4 && panels == e.panels)
+        return;
+    const std::int64_t stride = stride_of(left, panels);
+    if (stride == e.stride || e.stride <= s_largest_on_stack)
+        return;
+    int* const kept = m_rows; // a determinant undoes no exchanges
+    for (int j = 0, q = 0; j < e.n; ++j)
+        if (e.use[j] == Use::none)
+            kept[q++] = j;
+    const auto place = [&](int index) { return static_cast<int>(std::lower_bound(kept, kept + left, index) - kept); };
+    if (pivot.row >= 0) {
+        e.place = place(pivot.column);
+        pivot = {place(pivot.row), e.place, pivot.value};
+    }
+    for (int q = 0; q < left; ++q) {
+        const double* const from = e.columns + kept[q] * e.stride;
+        double* const to = e.columns + q * stride;
+        for (int p = 0; p < left; ++p)
+            to[p] = from[kept[p]];
+        std::fill(to + left, to + stride, 0.0);
+        e.largest[q] = e.largest[kept[q]];
+    }
+    e.n = left;
+    e.stride = stride;
+    e.panels = panels;
+    mark_unused();
+}
+
+void EliminationWork::write_unused(double* a) const noexcept
+{
+    const Elimination& e = m_elimination;
+    for (int q = 0; q < e.listed_count; ++q)
+        for (int p = 0; p < e.listed_count; ++p)
+            *a++ = e.columns[e.listed[q] * e.stride + e.listed[p]];
+}
+
+void EliminationWork::write_inverse(double* a) noexcept
+{
+    const Elimination& e = m_elimination;
+    int* const source = e.listed;
+    for (int j = 0; j < e.n; ++j)
+        source[j] = j;
+    for (int step = e.n - 1; step >= 0; --step)
+        std::swap(source[m_rows[step]], source[m_columns[step]]);
+    for (int j = 0; j < e.n; ++j) {
+        const double* const from = e.columns + source[j] * e.stride;
+        double* const to = a + j * std::int64_t{e.n};
+        for (int i = 0; i < e.n; ++i)
+            to[i] = from[i];
+    }
+}
+
+void EliminationWork::write_as_it_is(double* a) const noexcept
+{
+    const Elimination& e = m_elimination;
+    for (int j = 0; j < e.n; ++j)
+        std::copy_n(e.columns + j * e.stride, e.n, a + j * std::int64_t{e.n});
+}
+
+} // namespace qmml::matrix
