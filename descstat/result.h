@@ -1,16 +1,17 @@
-// How this family reports: the codes that it sets as the calling thread's last error.
+// How this family reports: the codes that it sets as the last error.
 #pragma once
 
 #include "descstat/order_statistics.h"
-#include "platform/last_error.h"
+
+#include <qmml/core.h>
 
 namespace qmml::descstat {
 
-inline constexpr unsigned s_no_memory = 12558, s_lengths_differ = 12551, s_percentile_rejected = 12663;
+inline constexpr int s_no_memory = 12558, s_lengths_differ = 12551, s_percentile_rejected = 12663;
 
-inline int fail(unsigned code) noexcept
+inline int fail(int code) noexcept
 {
-    platform::set_last_error(code);
+    QMMLSetLastError(code);
     return 0;
 }
 

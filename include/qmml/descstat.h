@@ -3,7 +3,7 @@
  * Missing values (any NaN) are skipped by the statistics and come last in a sort of either direction, their bits kept.
  * -0.0 equals 0.0.
  *
- * Failure: the result is 0 and the calling thread's last error says why: 12558 no memory for a work array, 12663 a
+ * Failure: the result is 0 and the last error of qmml/core.h says why: 12558 no memory for a work array, 12663 a
  * percentile that cannot be computed, 12551 lengths that differ. Success leaves the last error as it was.
  *
  * No function here traps, whatever floating-point faults the caller has unmasked. */

@@ -1,8 +1,8 @@
 #include "core/memory.h"
 #include "core/missing.h"
-#include "platform/last_error.h"
 #include "platform/levels.h"
 
+#include <qmml/core.h>
 #include <qmml/descstat.h>
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ constexpr double s_nan = qmml::s_missing;
 
 class Percentiles : public testing::Test {
 protected:
-    void SetUp() override { qmml::platform::set_last_error(77); }
+    void SetUp() override { QMMLSetLastError(77); }
     void TearDown() override
     {
         Func_SetPercentileMethod(0);
@@ -74,7 +74,7 @@ TEST_F(Percentiles, RejectBadArgumentsWithoutWriting)
         EXPECT_EQ(status, c.status);
         EXPECT_EQ(result == -1, c.status != 0);
     }
-    EXPECT_EQ(qmml::platform::last_error(), 77u);
+    EXPECT_EQ(QMMLGetLastError(), 77);
 }
 
 TEST_F(Percentiles, CountWhatIsMissingAsHighestWhereTheyDoNotSkipIt)
@@ -142,7 +142,7 @@ TEST_F(Percentiles, ReportFailuresThroughTheLastError)
     double result[3] = {};
     EXPECT_EQ(ValPercentile(values.data(), 1, 5000, 0.005, result), 0);
     EXPECT_TRUE(std::isnan(result[0]));
-    EXPECT_EQ(qmml::platform::last_error(), 12663u);
+    EXPECT_EQ(QMMLGetLastError(), 12663);
 
     EXPECT_EQ(Func_SetPercentileMethod(9), 9);
     EXPECT_EQ(ValMean(values.data(), 1, 5000, result), 5000) << "no percentile, no method";
@@ -153,15 +153,15 @@ TEST_F(Percentiles, ReportFailuresThroughTheLastError)
         EXPECT_TRUE(std::isnan(quartile));
     Func_SetPercentileMethod(3);
 
-    qmml::platform::set_last_error(77);
+    QMMLSetLastError(77);
     EXPECT_EQ(ValMedian(values.data(), 1, 5000, result), 5000);
-    EXPECT_EQ(qmml::platform::last_error(), 77u);
+    EXPECT_EQ(QMMLGetLastError(), 77);
     for (const auto call : {ValMedian, ValQuartiles, ValMode}) {
-        qmml::platform::set_last_error(77);
+        QMMLSetLastError(77);
         qmml::fail_allocation(1);
         EXPECT_EQ(call(values.data(), 1, 5000, result), 0);
         EXPECT_TRUE(std::isnan(result[0]));
-        EXPECT_EQ(qmml::platform::last_error(), 12558u);
+        EXPECT_EQ(QMMLGetLastError(), 12558);
     }
     short status = 0;
     qmml::fail_allocation(1);

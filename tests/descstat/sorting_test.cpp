@@ -1,8 +1,8 @@
 #include "core/memory.h"
 #include "core/missing.h"
-#include "platform/last_error.h"
 #include "platform/levels.h"
 
+#include <qmml/core.h>
 #include <qmml/descstat.h>
 
 #include <gtest/gtest.h>
@@ -59,9 +59,9 @@ TEST(DualSort, MovesEachCompanionWithItsKey)
 TEST(DualSort, WantsEqualLengths)
 {
     double keys[] = {2, 1, 0}, companions[] = {1, 2, 3, 4};
-    qmml::platform::set_last_error(77);
+    QMMLSetLastError(77);
     EXPECT_EQ(QelVectorDualSort(keys, companions, 1, 3, 4), 0);
-    EXPECT_EQ(qmml::platform::last_error(), 12551u);
+    EXPECT_EQ(QMMLGetLastError(), 12551);
     EXPECT_EQ(keys[0], 2);
     EXPECT_EQ(QelVectorDualSort(nullptr, nullptr, 1, 0, 0), 1);
 }
@@ -116,11 +116,11 @@ TEST(VectorRank, LeavesTheValuesWithoutMemory)
     std::vector<double> values(2000);
     std::generate(values.begin(), values.end(), std::mt19937_64(1));
     const auto before = values;
-    qmml::platform::set_last_error(77);
+    QMMLSetLastError(77);
     qmml::fail_allocation(1);
     EXPECT_EQ(QelVectorRank(values.data(), 1, 0, 2000), 0);
     qmml::fail_allocation(0);
-    EXPECT_EQ(qmml::platform::last_error(), 12558u);
+    EXPECT_EQ(QMMLGetLastError(), 12558);
     EXPECT_EQ(values, before);
 }
 

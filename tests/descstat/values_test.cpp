@@ -1,8 +1,8 @@
 #include "core/missing.h"
 #include "platform/float_guard.h"
-#include "platform/last_error.h"
 #include "platform/levels.h"
 
+#include <qmml/core.h>
 #include <qmml/descstat.h>
 
 #include <gtest/gtest.h>
@@ -63,7 +63,7 @@ TEST(Values, MatchHandComputedStatistics)
 TEST(Values, AreMissingWithoutValues)
 {
     const double nothing[] = {s_nan, -s_nan};
-    qmml::platform::set_last_error(77);
+    QMMLSetLastError(77);
     for (const auto& statistic : s_statistics) {
         SCOPED_TRACE(statistic.name);
         for (const int count : {2, -2}) {
@@ -77,7 +77,7 @@ TEST(Values, AreMissingWithoutValues)
     double quartiles[3] = {};
     EXPECT_EQ(ValQuartiles(nothing, 1, 2, quartiles), 0);
     EXPECT_TRUE(std::isnan(quartiles[0]) && std::isnan(quartiles[1]) && std::isnan(quartiles[2]));
-    EXPECT_EQ(qmml::platform::last_error(), 77u);
+    EXPECT_EQ(QMMLGetLastError(), 77);
 }
 
 TEST(Values, StopAtTheLastPositionThereIs)
