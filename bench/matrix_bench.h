@@ -12,7 +12,7 @@ namespace qmml::bench {
 
 using Numbers = std::vector<double>;
 
-// One size of one operation. The general matrix is random, scaled so that its determinant stays in range.
+// One size of one operation. The matrices are random.
 struct Problem {
     int rows = 0, columns = 0;
     Numbers a, b; // b: a second matrix, or the right-hand side

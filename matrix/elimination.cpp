@@ -71,7 +71,7 @@ Status small_determinant(const double* a, int n, double& value) noexcept
 
 Status large_determinant(const double* a, int n, double& value) noexcept
 {
-    EliminationWork work(a, n, false);
+    EliminationWork work(a, n, nullptr);
     if (!work)
         return Status::out_of_memory;
     const EliminationKernels& kernels = *s_elimination_kernels;
@@ -123,7 +123,7 @@ Status small_inverse(double* a, int n) noexcept
 
 Status large_inverse(double* a, int n) noexcept
 {
-    EliminationWork work(a, n, true);
+    EliminationWork work(a, n, a);
     if (!work)
         return Status::out_of_memory;
     const EliminationKernels& kernels = *s_elimination_kernels;

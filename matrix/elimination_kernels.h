@@ -16,11 +16,14 @@ inline constexpr int s_longest_panel = 16;
 
 enum class Use : int { none, in_panel, before_panel };
 
-// Numbers begin on cache lines. An index is used as row and column at once: the exchange puts the pivot on the
-// diagonal.
+// An index is used as row and column at once: the exchange puts the pivot on the diagonal. An inverse is made in the
+// caller's matrix, where vectors must not pass the end of a column; other columns are padded like the arrays by row and
+// by column, which begin on cache lines.
 struct Elimination {
     int n;
-    std::int64_t stride; // between columns: a multiple of 16, or of 8 without panels
+    std::int64_t stride; // between columns
+    std::int64_t rows;   // of a column, those that are there: n, or with the padding
+    std::int64_t padded; // the length of an array: a multiple of 16, or of 8 without panels
     bool inverse;        // else used rows and columns do not matter any more
     bool panels;         // else every step is taken by all at once, and the order is at most 64
     double* columns;

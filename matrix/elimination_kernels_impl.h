@@ -24,10 +24,10 @@ struct EliminationSteps {
         SingleSteps<L, 6>::step, SingleSteps<L, 7>::step, SingleSteps<L, 8>::step,
     };
 
-    static Pivot begin(Elimination& e) noexcept { return s_begin[e.panels ? 0 : e.stride / 8](e); }
+    static Pivot begin(Elimination& e) noexcept { return s_begin[e.panels ? 0 : e.padded / 8](e); }
     static Pivot step(Elimination& e, const Pivot& pivot) noexcept
     {
-        return s_step[e.panels ? 0 : e.stride / 8](e, pivot);
+        return s_step[e.panels ? 0 : e.padded / 8](e, pivot);
     }
     static void close_panel(Elimination& e) noexcept
     {

@@ -14,25 +14,36 @@ struct PanelSteps {
     template <int Count>
     static double take_steps(const Elimination& e, int column, int first) noexcept
     {
-        const std::int64_t stride = e.stride;
-        double* const x = e.columns + column * stride;
-        const double* const m = e.multiples + first * stride;
+        const std::int64_t padded = e.padded;
+        double* const x = e.columns + column * e.stride;
+        const double* const m = e.multiples + first * padded;
         const double* const magnitude = e.magnitude;
         D factors[Count + 1];
         for (int t = 0; t < Count; ++t)
-            factors[t] = L::set(e.pivot_row[(first + t) * stride + column]);
-        const auto step = [=](std::int64_t i) {
-            D v = L::load(x + i);
+            factors[t] = L::set(e.pivot_row[(first + t) * padded + column]);
+        const auto reduce = [=](D v, std::int64_t i) {
             for (int t = 0; t < Count; ++t)
-                v = v - factors[t] * L::load(m + t * stride + i);
+                v = v - factors[t] * L::load(m + t * padded + i);
+            return v;
+        };
+        const auto step = [=](std::int64_t i) {
+            const D v = reduce(L::load(x + i), i);
             if constexpr (Count > 0)
                 L::store(x + i, v);
             return L::as_number(L::as_bits(v) & L::as_bits(L::load(magnitude + i)));
         };
         D even = L::set(0.0), odd = even; // two, so that a maximum need not wait for the one before
-        for (std::int64_t i = 0; i < stride; i += 2 * L::width) {
+        const std::int64_t rows = e.rows;
+        std::int64_t i = 0;
+        for (; i + 2 * L::width <= rows; i += 2 * L::width) {
             even = L::larger(step(i), even);
             odd = L::larger(step(i + L::width), odd);
+        }
+        for (; i < rows; i += L::width) {
+            const D v = reduce(Search::load_rows(e, x, i), i);
+            if constexpr (Count > 0)
+                Search::store_rows(e, x, i, v);
+            even = L::larger(Search::magnitude_of(e, i, v), even);
         }
         return L::largest_of(L::larger(even, odd));
     }
@@ -55,9 +66,9 @@ struct PanelSteps {
     {
         for (int t = first; t < e.steps; ++t) {
             const int row = e.pivots[t];
-            double v = e.pivot_row[t * e.stride + column];
+            double v = e.pivot_row[t * e.padded + column];
             for (int u = t + 1; u < e.steps; ++u)
-                v -= e.pivot_row[u * e.stride + column] * e.multiples[u * e.stride + row];
+                v -= e.pivot_row[u * e.padded + column] * e.multiples[u * e.padded + row];
             e.columns[column * e.stride + row] = v;
         }
     }
@@ -152,12 +163,12 @@ struct PanelSteps {
     {
         const auto sign = L::bits(0x7fffffffffffffffu);
         const D divisor = L::set(pivot), most = L::as_number(L::as_bits(divisor) & sign);
-        double* const values = e.pivot_row + e.steps * e.stride;
+        double* const values = e.pivot_row + e.steps * e.padded;
         for (std::int64_t j = 0; j < e.n; j += L::width) {
             const D applied = L::load(e.applied + j);
             D v = L::load(values + j);
             for (int t = 0; t < e.steps; ++t) {
-                const D next = v - L::load(e.pivot_row + t * e.stride + j) * L::set(e.multiples[t * e.stride + row]);
+                const D next = v - L::load(e.pivot_row + t * e.padded + j) * L::set(e.multiples[t * e.padded + row]);
                 v = L::select(L::less_equal(applied, L::set(t)), next, v);
             }
             v = v / divisor;
@@ -172,13 +183,13 @@ struct PanelSteps {
     static Pivot step(Elimination& e, const Pivot& pivot) noexcept
     {
         const int k = e.steps, c = pivot.column, r = pivot.row;
-        double* const m = e.multiples + k * e.stride;
+        double* const m = e.multiples + k * e.padded;
         double* const pivot_column = e.columns + c * e.stride;
-        for (std::int64_t i = 0; i < e.stride; i += L::width) {
-            L::store(m + i, L::load(pivot_column + i));
-            L::store(pivot_column + i, L::set(0.0));
+        for (std::int64_t i = 0; i < e.rows; i += L::width) {
+            L::store(m + i, Search::load_rows(e, pivot_column, i));
+            Search::store_rows(e, pivot_column, i, L::set(0.0));
         }
-        double* const row = e.pivot_row + k * e.stride;
+        double* const row = e.pivot_row + k * e.padded;
         for (int q = 0; q < e.listed_count; ++q) {
             const int j = e.listed[q];
             double* const x = e.columns + j * e.stride;
@@ -190,7 +201,7 @@ struct PanelSteps {
         e.largest[c] = -1.0;
         divide_row(e, pivot.value, r);
         for (int t = 0; t <= k; ++t) {
-            double* const multiples = e.multiples + t * e.stride;
+            double* const multiples = e.multiples + t * e.padded;
             const double of_row = multiples[r];
             multiples[r] = multiples[c];
             multiples[c] = of_row;
@@ -213,15 +224,16 @@ struct PanelSteps {
         double* x[s_tile];
         for (int q = 0; q < s_tile; ++q)
             x[q] = e.columns + tile[q] * e.stride;
-        for (std::int64_t i = from; i < to; i += 2 * L::width) {
+        std::int64_t i = from;
+        for (; i + 2 * L::width <= to; i += 2 * L::width) {
             D v[s_tile], w[s_tile];
             for (int q = 0; q < s_tile; ++q) {
                 v[q] = L::load(x[q] + i);
                 w[q] = L::load(x[q] + i + L::width);
             }
             for (int t = 0; t < e.steps; ++t) {
-                const double* const m = e.multiples + t * e.stride + i;
-                const double* const row = e.pivot_row + t * e.stride;
+                const double* const m = e.multiples + t * e.padded + i;
+                const double* const row = e.pivot_row + t * e.padded;
                 const D first = L::load(m), second = L::load(m + L::width);
                 for (int q = 0; q < s_tile; ++q) {
                     const D factor = L::set(row[tile[q]]);
@@ -234,13 +246,20 @@ struct PanelSteps {
                 L::store(x[q] + i + L::width, w[q]);
             }
         }
+        for (; i < to; i += L::width)
+            for (int q = 0; q < s_tile; ++q) {
+                D v = Search::load_rows(e, x[q], i);
+                for (int t = 0; t < e.steps; ++t)
+                    v = v - L::set(e.pivot_row[t * e.padded + tile[q]]) * L::load(e.multiples + t * e.padded + i);
+                Search::store_rows(e, x[q], i, v);
+            }
     }
 
     // The few columns that are left over make no tile.
     static void close_used_columns(const Elimination& e) noexcept
     {
-        for (std::int64_t from = 0; from < e.stride; from += s_rows) {
-            const std::int64_t to = from + s_rows < e.stride ? from + s_rows : e.stride;
+        for (std::int64_t from = 0; from < e.rows; from += s_rows) {
+            const std::int64_t to = from + s_rows < e.rows ? from + s_rows : e.rows;
             int tile[s_tile], held = 0;
             for (int j = 0; j < e.n; ++j) {
                 if (e.use[j] != Use::before_panel)
@@ -250,7 +269,7 @@ struct PanelSteps {
                     continue;
                 held = 0;
                 take_panel(e, tile, from, to);
-                if (to == e.stride)
+                if (to == e.rows)
                     for (const int column : tile) {
                         restore_pivot_rows(e, column, 0);
                         e.applied[column] = e.steps;

@@ -15,6 +15,20 @@ struct PivotSearch {
         return L::as_number(L::as_bits(v) & L::as_bits(L::load(e.magnitude + i)));
     }
 
+    // Some of a column's rows from i on, where at least one is there.
+    static D load_rows(const Elimination& e, const double* x, std::int64_t i) noexcept
+    {
+        return i + L::width <= e.rows ? L::load(x + i) : L::load_first(x + i, static_cast<int>(e.rows - i));
+    }
+
+    static void store_rows(const Elimination& e, double* x, std::int64_t i, D v) noexcept
+    {
+        if (i + L::width <= e.rows)
+            L::store(x + i, v);
+        else
+            L::store_first(x + i, v, static_cast<int>(e.rows - i));
+    }
+
     // Of the magnitudes or bounds by column, NaNs left out.
     static double largest_of_columns(const Elimination& e) noexcept
     {
@@ -40,7 +54,7 @@ struct PivotSearch {
         const double* const x = e.columns + column * e.stride;
         const D wanted = L::set(greatest);
         for (std::int64_t i = (e.n - 1) / L::width * L::width; i + L::width - 1 > after; i -= L::width) {
-            const int lane = L::last_of(L::less_equal(wanted, magnitude_of(e, i, L::load(x + i))));
+            const int lane = L::last_of(L::less_equal(wanted, magnitude_of(e, i, load_rows(e, x, i))));
             if (lane >= 0)
                 return static_cast<int>(i) + lane > after ? static_cast<int>(i) + lane : after;
         }

@@ -19,9 +19,30 @@ struct SingleSteps {
     using M = typename L::M;
     using Search = PivotSearch<L>;
 
-    static constexpr std::int64_t s_stride = std::int64_t{8} * Lines;
-    static constexpr int s_vectors = 8 * Lines / L::width;
-    static_assert(s_stride <= 64);
+    static constexpr int s_rows = 8 * Lines; // with the padding
+    static constexpr int s_vectors = s_rows / L::width;
+    static_assert(s_rows <= 64);
+
+    // Only the last cache line of a column may end before its vectors do. What is not there is never used.
+    static bool is_there(const Elimination& e, int v) noexcept
+    {
+        return v * L::width <= s_rows - 8 || v * L::width < e.rows;
+    }
+
+    static D load(const Elimination& e, const double* x, int v) noexcept
+    {
+        if (v * L::width < s_rows - 8)
+            return L::load(x + v * L::width);
+        return is_there(e, v) ? Search::load_rows(e, x, v * L::width) : L::set(0.0);
+    }
+
+    static void store(const Elimination& e, double* x, int v, D value) noexcept
+    {
+        if (v * L::width < s_rows - 8)
+            L::store(x + v * L::width, value);
+        else if (is_there(e, v))
+            Search::store_rows(e, x, v * L::width, value);
+    }
 
     static D masked(D v, D mask) noexcept { return L::as_number(L::as_bits(v) & L::as_bits(mask)); }
 
@@ -35,14 +56,14 @@ struct SingleSteps {
     static Step prepare(Elimination& e, const Pivot& pivot) noexcept
     {
         Step step;
-        double* const column = e.columns + pivot.column * s_stride;
+        double* const column = e.columns + pivot.column * e.stride;
         const D zero = L::set(0.0), place = L::set(pivot.column), exchanged = L::set(pivot.row);
         for (int v = 0; v < s_vectors; ++v) {
             const D row = L::load(s_numbers + v * L::width);
-            step.multiples[v] = L::load(column + v * L::width);
+            step.multiples[v] = load(e, column, v);
             step.keep[v] = L::select(L::differ(row, place), L::load(e.magnitude + v * L::width), zero);
             L::store(e.magnitude + v * L::width, step.keep[v]);
-            L::store(column + v * L::width, L::select(L::differ(row, exchanged), zero, L::set(1.0)));
+            store(e, column, v, L::select(L::differ(row, exchanged), zero, L::set(1.0)));
         }
         e.use[pivot.column] = Use::before_panel;
         step.count = --e.listed_count;
@@ -65,8 +86,8 @@ struct SingleSteps {
         double greatest = 0.0;
         for (int j = 0; j < e.n; ++j) {
             D top = L::set(0.0);
-            for (std::int64_t i = 0; i < s_stride; i += L::width)
-                top = L::larger(Search::magnitude_of(e, i, L::load(e.columns + j * s_stride + i)), top);
+            for (int v = 0; v < s_vectors; ++v)
+                top = L::larger(masked(load(e, e.columns + j * e.stride, v), L::load(e.magnitude + v * L::width)), top);
             const double magnitude = L::largest_of(top);
             e.largest[j] = magnitude;
             greatest = magnitude > greatest ? magnitude : greatest;
@@ -77,15 +98,16 @@ struct SingleSteps {
     // Reduces a column as if nothing were exchanged, then mends the two rows. The largest magnitude not used yet in
     // the rows to keep.
     template <bool Measure>
-    static double reduce(double* x, const Step& step, const Pivot& pivot, double multiple_of_exchanged) noexcept
+    static double reduce(const Elimination& e, double* x, const Step& step, const Pivot& pivot,
+                         double multiple_of_exchanged) noexcept
     {
         const double p = x[pivot.row] / pivot.value;
         const double exchanged = x[pivot.column] - p * multiple_of_exchanged;
         const D factor = L::set(p);
         D top[2] = {L::set(0.0), L::set(0.0)}; // two, so that a maximum need not wait for the one before
         for (int v = 0; v < s_vectors; ++v) {
-            const D value = L::load(x + v * L::width) - factor * step.multiples[v];
-            L::store(x + v * L::width, value);
+            const D value = load(e, x, v) - factor * step.multiples[v];
+            store(e, x, v, value);
             if constexpr (Measure)
                 top[v % 2] = L::larger(masked(value, step.keep[v]), top[v % 2]);
         }
@@ -100,13 +122,14 @@ struct SingleSteps {
 
     static Pivot step(Elimination& e, const Pivot& pivot) noexcept
     {
-        const double multiple_of_exchanged = e.columns[pivot.column * s_stride + pivot.column];
+        const double multiple_of_exchanged = e.columns[pivot.column * e.stride + pivot.column];
         Step step = prepare(e, pivot);
         // What is exchanged is measured for itself.
         for (int v = 0; v < s_vectors; ++v)
             step.keep[v] =
                 L::select(L::differ(L::load(s_numbers + v * L::width), L::set(pivot.row)), step.keep[v], L::set(0.0));
         double* const columns = e.columns;
+        const std::int64_t stride = e.stride;
         double* const largest = e.largest;
         const int* const listed = e.listed;
         const int used = e.inverse ? e.n : step.count;
@@ -114,12 +137,12 @@ struct SingleSteps {
         double greatest = 0.0;
         for (int q = 0; q < step.count; ++q) {
             const int j = listed[q];
-            const double magnitude = reduce<true>(columns + j * s_stride, step, pivot, multiple_of_exchanged);
+            const double magnitude = reduce<true>(e, columns + j * stride, step, pivot, multiple_of_exchanged);
             largest[j] = magnitude;
             greatest = magnitude > greatest ? magnitude : greatest;
         }
         for (int q = step.count; q < used; ++q)
-            reduce<false>(columns + listed[q] * s_stride, step, pivot, multiple_of_exchanged);
+            reduce<false>(e, columns + listed[q] * stride, step, pivot, multiple_of_exchanged);
         return found(e, Search::find(e, greatest));
     }
 };
@@ -131,7 +154,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
     using D = typename L::D;
     using M = typename L::M;
     using Base = SingleSteps<L, Lines>;
-    using Base::s_stride;
+    using Base::s_rows;
     using Base::s_vectors;
     using typename Base::Step;
 
@@ -158,7 +181,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
         const double greatest = L::largest_of(top);
         if (!(greatest > 0.0))
             return Base::found(e, PivotSearch<L>::last_zero(e));
-        double places[s_stride];
+        double places[s_rows];
         int row = 0;
         for (int v = 0; v < s_vectors; ++v) {
             L::store(places + v * L::width, rows.place[v]);
@@ -167,7 +190,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
         }
         e.place = static_cast<int>(places[row]);
         const int column = e.listed[e.place];
-        return {row, column, e.columns[column * s_stride + row]};
+        return {row, column, e.columns[column * s_rows + row]};
     }
 
     static Pivot begin(Elimination& e) noexcept
@@ -177,7 +200,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
             for (int v = 0; v < s_vectors; ++v)
                 rows.add(
                     v,
-                    Base::masked(L::load(e.columns + j * s_stride + v * L::width), L::load(e.magnitude + v * L::width)),
+                    Base::masked(L::load(e.columns + j * s_rows + v * L::width), L::load(e.magnitude + v * L::width)),
                     L::set(s_numbers[j]));
         return find(e, rows);
     }
@@ -185,7 +208,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
     static Pivot step(Elimination& e, const Pivot& pivot) noexcept
     {
         const int c = pivot.column, r = pivot.row;
-        const double multiple_of_exchanged = e.columns[c * s_stride + c];
+        const double multiple_of_exchanged = e.columns[c * s_rows + c];
         Step step = Base::prepare(e, pivot);
         M stays[s_vectors], reduced[s_vectors];
         for (int v = 0; v < s_vectors; ++v) {
@@ -204,7 +227,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
         };
         Rows rows;
         for (int q = 0; q < step.count; ++q) {
-            double* const x = columns + listed[q] * s_stride;
+            double* const x = columns + listed[q] * s_rows;
             const D factor = L::set(x[r] / divisor), exchanged = L::set(x[c]), place = L::set(s_numbers[q]);
             for (int v = 0; v < s_vectors; ++v) {
                 const D value = reduce(x, v, factor, exchanged);
@@ -213,7 +236,7 @@ struct ShortSteps : SingleSteps<L, Lines> {
             }
         }
         for (int q = step.count; q < used; ++q) {
-            double* const x = columns + listed[q] * s_stride;
+            double* const x = columns + listed[q] * s_rows;
             const D factor = L::set(x[r] / divisor), exchanged = L::set(x[c]);
             for (int v = 0; v < s_vectors; ++v)
                 L::store(x + v * L::width, reduce(x, v, factor, exchanged));

@@ -6,57 +6,62 @@
 
 namespace qmml::matrix {
 
-// Columns that take panels of steps do so by sixteen rows, and an odd number of such groups keeps the elements of a row
-// out of each other's way in the caches.
+static std::int64_t padded_of(int n, bool panels) noexcept
+{
+    return panels ? (std::int64_t{n} + 15) / 16 * 16 : (std::int64_t{n} + 7) / 8 * 8;
+}
+
+// In panels an odd number of groups of rows keeps the elements of a row out of each other's way in the caches.
 static std::int64_t stride_of(int n, bool panels) noexcept
 {
-    if (!panels)
-        return (std::int64_t{n} + 7) / 8 * 8;
-    return ((std::int64_t{n} + 15) / 16 | 1) * 16;
+    const std::int64_t padded = padded_of(n, panels);
+    return panels ? padded | 16 : padded;
 }
 
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the arrays for small orders are filled as far as needed
-EliminationWork::EliminationWork(const double* a, int n, bool inverse) noexcept
+EliminationWork::EliminationWork(const double* a, int n, double* inverse) noexcept
 {
-    const bool panels = n > s_largest_single;
-    const std::int64_t stride = stride_of(n, panels), panel = panels ? s_longest_panel : 1;
+    const bool panels = n > s_largest_single, few = n <= s_largest_on_stack, in_place = inverse != nullptr && !few;
+    const std::int64_t panel = panels ? s_longest_panel : 1;
+    Elimination& e = m_elimination;
+    e.n = n;
+    e.padded = padded_of(n, panels);
+    e.stride = in_place ? n : stride_of(n, panels);
+    e.rows = in_place ? n : e.padded;
+    e.inverse = inverse != nullptr;
+    e.panels = panels;
+    e.steps = 0;
+    const std::int64_t copied = in_place ? 0 : n * e.stride;
     double* numbers = m_few_numbers;
     int* integers = m_few_integers;
-    Use* uses = m_few_uses;
-    if (n > s_largest_on_stack) {
-        m_elimination.columns = nullptr;
-        if (!m_numbers.allocate((n + 3 + 2 * panel) * stride + s_line) || !m_integers.allocate(5 * std::int64_t{n}) ||
-            !m_uses.allocate(n))
+    e.use = m_few_uses;
+    if (!few) {
+        e.columns = nullptr;
+        if (!m_numbers.allocate(copied + (3 + 2 * panel) * e.padded + s_line) ||
+            !m_integers.allocate(5 * std::int64_t{n}) || !m_uses.allocate(n))
             return;
         const auto past_line = reinterpret_cast<std::uintptr_t>(m_numbers.data()) / sizeof(double) % s_line;
         numbers = m_numbers.data() + (s_line - past_line) % s_line;
         integers = m_integers.data();
-        uses = m_uses.data();
+        e.use = m_uses.data();
     }
-    Elimination& e = m_elimination;
-    e.n = n;
-    e.stride = stride;
-    e.inverse = inverse;
-    e.panels = panels;
-    e.columns = numbers;
-    e.magnitude = numbers + n * stride;
-    e.largest = e.magnitude + stride;
-    e.applied = e.largest + stride;
-    e.multiples = e.applied + stride;
-    e.pivot_row = e.multiples + panel * stride;
-    e.use = uses;
+    e.columns = in_place ? inverse : numbers;
+    e.magnitude = numbers + copied;
+    e.largest = e.magnitude + e.padded;
+    e.applied = e.largest + e.padded;
+    e.multiples = e.applied + e.padded;
+    e.pivot_row = e.multiples + panel * e.padded;
     e.listed = integers;
-    e.steps = 0;
     m_rows = integers + n;
     m_columns = m_rows + n;
     e.candidates = m_columns + n;
     e.next = e.candidates + n;
-    for (int j = 0; j < n; ++j) {
+    for (int j = 0; j < n && !in_place; ++j) {
         const double* const from = a + j * std::int64_t{n};
-        double* const to = numbers + j * stride;
+        double* const to = numbers + j * e.stride;
         for (int i = 0; i < n; ++i)
             to[i] = from[i];
-        for (std::int64_t i = n; i < stride; ++i)
+        for (std::int64_t i = n; i < e.stride; ++i)
             to[i] = 0.0;
     }
     mark_unused();
@@ -66,10 +71,10 @@ void EliminationWork::mark_unused() noexcept
 {
     Elimination& e = m_elimination;
     const auto all_but_sign = std::bit_cast<double>(~std::uint64_t{0} >> 1);
-    for (std::int64_t j = 0; j < e.stride; ++j) {
+    for (std::int64_t j = 0; j < e.padded; ++j) {
         e.magnitude[j] = j < e.n ? all_but_sign : 0.0;
     }
-    for (std::int64_t j = e.n; j < e.stride; ++j)
+    for (std::int64_t j = e.n; j < e.padded; ++j)
         e.largest[j] = -1.0;
     for (int j = 0; j < e.n; ++j) {
         e.use[j] = Use::none;
@@ -77,7 +82,7 @@ void EliminationWork::mark_unused() noexcept
     }
     e.listed_count = e.n;
     if (e.panels)
-        std::fill_n(e.applied, e.stride, 0.0);
+        std::fill_n(e.applied, e.padded, 0.0);
 }
 
 void EliminationWork::drop_used(Pivot& pivot) noexcept
@@ -109,6 +114,7 @@ void EliminationWork::drop_used(Pivot& pivot) noexcept
     }
     e.n = left;
     e.stride = stride;
+    e.rows = e.padded = padded_of(left, panels);
     e.panels = panels;
     mark_unused();
 }
@@ -124,23 +130,18 @@ void EliminationWork::write_unused(double* a) const noexcept
 void EliminationWork::write_inverse(double* a) noexcept
 {
     const Elimination& e = m_elimination;
-    int* const source = e.listed;
-    for (int j = 0; j < e.n; ++j)
-        source[j] = j;
     for (int step = e.n - 1; step >= 0; --step)
-        std::swap(source[m_rows[step]], source[m_columns[step]]);
-    for (int j = 0; j < e.n; ++j) {
-        const double* const from = e.columns + source[j] * e.stride;
-        double* const to = a + j * std::int64_t{e.n};
-        for (int i = 0; i < e.n; ++i)
-            to[i] = from[i];
-    }
+        if (m_rows[step] != m_columns[step]) {
+            double* const row = e.columns + m_rows[step] * e.stride;
+            std::swap_ranges(row, row + e.n, e.columns + m_columns[step] * e.stride);
+        }
+    write_as_it_is(a);
 }
 
 void EliminationWork::write_as_it_is(double* a) const noexcept
 {
     const Elimination& e = m_elimination;
-    for (int j = 0; j < e.n; ++j)
+    for (int j = 0; j < e.n && a != e.columns; ++j)
         std::copy_n(e.columns + j * e.stride, e.n, a + j * std::int64_t{e.n});
 }
 

@@ -1,5 +1,5 @@
-// What the elimination works on: a copy of the matrix whose columns begin on cache lines and are padded, so that the
-// steps run over whole vectors.
+// What the elimination works on: the caller's matrix itself for an inverse, or a copy whose columns begin on cache
+// lines and are padded, so that the steps run over whole vectors.
 #pragma once
 
 #include "core/block.h"
@@ -11,7 +11,8 @@ namespace qmml::matrix {
 
 class EliminationWork {
 public:
-    EliminationWork(const double* a, int n, bool inverse) noexcept;
+    // The inverse is to replace a; for a determinant it is null.
+    EliminationWork(const double* a, int n, double* inverse) noexcept;
     EliminationWork(const EliminationWork&) = delete;
     EliminationWork& operator=(const EliminationWork&) = delete;
     ~EliminationWork() = default;

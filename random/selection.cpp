@@ -1,70 +1,86 @@
 #include "random/selection.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qmml {
 namespace {
 
-constexpr std::uint64_t s_bytes = 0x0101010101010101u;
+using Integer = std::uint32_t;
 
-// The place of the set bit that has rank set bits below it. All bytes are counted at once: the processor's own counting
-// instruction is no part of the baseline.
-int select_bit(std::uint64_t word, unsigned rank) noexcept
+// Draws whose integers stand in ascending order. Those of later draws are counted without the ones of earlier draws.
+struct Run {
+    const Integer* integers;
+    std::int64_t count;
+
+    // With i of the earlier integers below it, is the next of them below the later one too?
+    bool passes(std::int64_t i, Integer later) const noexcept { return integers[i] - static_cast<Integer>(i) <= later; }
+};
+
+void merge(Run earlier, Run later, Integer* out) noexcept
 {
-    std::uint64_t counts = word - (word >> 1 & 0x55 * s_bytes);
-    counts = (counts & 0x33 * s_bytes) + (counts >> 2 & 0x33 * s_bytes);
-    const std::uint64_t up_to = ((counts + (counts >> 4)) & 0x0f * s_bytes) * s_bytes; // and with this byte
-    // The top bit of each byte that is passed: a sum is at most 64, so no byte borrows from the next.
-    const std::uint64_t passed = ((rank * s_bytes | 0x80 * s_bytes) - up_to) & 0x80 * s_bytes;
-    const int place = static_cast<int>((passed >> 7) * s_bytes >> 56) * 8;
-    unsigned left = rank - static_cast<unsigned>((up_to << 8) >> place & 0xff);
-    std::uint64_t byte = word >> place & 0xff;
-    for (; left > 0; --left)
-        byte &= byte - 1;
-    return place + std::countr_zero(byte);
+    std::int64_t i = 0, j = 0;
+    while (i < earlier.count && j < later.count) {
+        const bool first = earlier.passes(i, later.integers[j]);
+        *out++ = first ? earlier.integers[i] : later.integers[j] + static_cast<Integer>(i);
+        i += first;
+        j += !first;
+    }
+    out = std::copy(earlier.integers + i, earlier.integers + earlier.count, out);
+    for (; j < later.count; ++j)
+        *out++ = later.integers[j] + static_cast<Integer>(i);
+}
+
+// Runs of one length, from both ends at once: neither end runs out of either, and one need not wait for the other.
+void merge_even(Run earlier, Run later, Integer* out) noexcept
+{
+    const std::int64_t n = earlier.count;
+    std::int64_t i = 0, j = 0, k = n, l = n;
+    Integer* back = out + 2 * n;
+    for (std::int64_t step = 0; step < n; ++step) {
+        const Integer a = earlier.integers[i], b = later.integers[j];
+        const bool first = earlier.passes(i, b);
+        *out++ = first ? a : b + static_cast<Integer>(i);
+        i += first;
+        j += !first;
+        const Integer c = earlier.integers[k - 1], d = later.integers[l - 1];
+        const bool last = !earlier.passes(k - 1, d);
+        *--back = last ? c : d + static_cast<Integer>(k);
+        k -= last;
+        l -= !last;
+    }
+}
+
+// One draw after the other, each put among the integers before it.
+void take_few(Integer* places, std::int64_t count) noexcept
+{
+    for (std::int64_t taken = 1; taken < count; ++taken) {
+        const Integer place = places[taken];
+        std::int64_t at = taken;
+        for (; at > 0 && places[at - 1] - static_cast<Integer>(at - 1) > place; --at)
+            places[at] = places[at - 1];
+        places[at] = place + static_cast<Integer>(at);
+    }
 }
 
 } // namespace
 
-RankedSet::RankedSet(std::int64_t n) noexcept
-    : m_n(n), m_used((n + 63) / 64),
-      m_groups(static_cast<std::int64_t>(std::bit_ceil(static_cast<std::uint64_t>(m_used + s_group) / s_group))),
-      m_words(m_used), m_before((m_used / s_group + 1) * s_group), m_counts(m_groups + 1)
+void take_places(std::uint32_t* places, std::uint32_t* scratch, std::int64_t count) noexcept
 {
-    if (!*this)
-        return;
-    for (std::int64_t i = 0; i < m_used; ++i)
-        m_words[static_cast<std::size_t>(i)] = all(i);
-    for (std::int64_t i = 0; i < static_cast<std::int64_t>(m_before.size()); ++i)
-        m_before[static_cast<std::size_t>(i)] =
-            static_cast<std::uint16_t>(std::min(i * 64, m_n) - std::min(i / s_group * s_group * 64, m_n));
-    for (std::int64_t i = 1; i <= m_groups; ++i) // a node counts the groups since the last multiple of its lowest bit
-        m_counts[static_cast<std::size_t>(i)] =
-            static_cast<std::uint32_t>(std::min(i * s_group * 64, m_n) - std::min((i - (i & -i)) * s_group * 64, m_n));
-}
-
-void RankedSet::take(std::int64_t rank) noexcept
-{
-    // Down the tree; every node that is not passed holds the integer and loses it. Which ones are passed is chance, so
-    // there is no jump.
-    std::int64_t group = 0;
-    for (std::int64_t step = m_groups / 2; step > 0; step /= 2) {
-        std::uint32_t& node = m_counts[static_cast<std::size_t>(group + step)];
-        const std::int64_t count = node, passed = -static_cast<std::int64_t>(rank >= count);
-        rank -= count & passed;
-        group += step & passed;
-        node -= static_cast<std::uint32_t>(1 + passed);
+    constexpr std::int64_t few = 8;
+    for (std::int64_t i = 0; i < count; i += few)
+        take_few(places + i, std::min(few, count - i));
+    Integer *from = places, *to = scratch;
+    for (std::int64_t run = few; run < count; run *= 2) {
+        for (std::int64_t i = 0; i < count; i += 2 * run) {
+            const Run earlier = {from + i, std::min(run, count - i)};
+            const Run later = {earlier.integers + earlier.count, std::min(run, count - i - earlier.count)};
+            (later.count == run ? merge_even : merge)(earlier, later, to + i);
+        }
+        std::swap(from, to);
     }
-    std::uint16_t* const before = &m_before[static_cast<std::size_t>(group * s_group)];
-    const auto place = static_cast<std::uint16_t>(rank);
-    std::uint16_t behind = 0; // the first word behind the one that holds it
-    for (int i = 0; i < s_group; ++i)
-        behind = static_cast<std::uint16_t>(behind + (before[i] <= place));
-    const unsigned left = static_cast<unsigned>(place) - before[behind - 1];
-    for (std::uint16_t i = 0; i < s_group; ++i)
-        before[i] = static_cast<std::uint16_t>(before[i] - (i >= behind));
-    std::uint64_t& word = m_words[static_cast<std::size_t>(group * s_group + behind - 1)];
-    word &= ~(std::uint64_t{1} << select_bit(word, left));
+    if (from != places)
+        std::copy_n(from, count, places);
 }
 
 HashSet::HashSet(std::int64_t most) noexcept

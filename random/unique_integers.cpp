@@ -24,13 +24,21 @@ std::int64_t below(Generator& generator, std::int64_t size) noexcept
 
 bool draw_from_list(int count, int low, std::int64_t size, int* out) noexcept
 {
-    RankedSet list(size);
-    if (!list)
+    constexpr int few = 1024;
+    std::uint32_t places[few], scratch[few], *place = places, *room = scratch;
+    Block<std::uint32_t> block(count > few ? 2 * std::int64_t{count} : 0);
+    if (!block)
         return false;
+    if (count > few) {
+        place = block.data();
+        room = place + count;
+    }
     Generator generator;
     for (int i = 0; i < count; ++i)
-        list.take(below(generator, size - i));
-    list.for_each_taken([&](std::int64_t offset) { *out++ = static_cast<int>(low + offset); });
+        place[i] = static_cast<std::uint32_t>(below(generator, size - i));
+    take_places(place, room, count);
+    for (int i = 0; i < count; ++i)
+        out[i] = static_cast<int>(low + std::int64_t{place[i]});
     return true;
 }
 

@@ -38,7 +38,7 @@ Bins count_in_bins(const std::vector<double>& values, const Summary& summary)
     Bins bins;
     const bool whole =
         std::ranges::all_of(values, [](double value) { return value == std::floor(value) && std::fabs(value) < 1e9; });
-    bins.width = whole ? std::ceil(round_width(std::max(wanted, 1.0))) : round_width(wanted);
+    bins.width = whole ? std::floor(round_width(std::max(wanted, 1.0))) : round_width(wanted);
     const double offset = whole && bins.width < 2 ? 0.5 : 0;
     bins.start = (std::floor(summary.minimum / bins.width + offset) - offset) * bins.width;
     const double last = std::floor((summary.maximum - bins.start) / bins.width);

@@ -1,6 +1,7 @@
 // Reference: the C library's strtod, which rounds correctly.
 #include "support.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -8,6 +9,8 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -145,6 +148,28 @@ TEST(Scanner, EndsOnHostileFields)
         for (double value = 0; Get_NU_EOB(&cursor, &value);)
             ASSERT_LE(cursor, noise.c_str() + noise.size());
     }
+}
+
+// Words are read ahead of the end, but never from a page that the text does not reach.
+TEST(Scanner, StaysInThePage)
+{
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    char* const end = static_cast<char*>(pages) + page;
+    ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+    for (const std::string all : {"-1234567890.12345678901234567890e-12", "0.00000000012345678", "7"})
+        for (std::size_t size = 1; size <= all.size(); ++size) {
+            const std::string text = all.substr(0, size);
+            char* const start = std::copy(text.begin(), text.end(), end - size - 1) - size;
+            end[-1] = '\0';
+            double value = 0;
+            if (Get_NU(start, &value) == 1)
+                EXPECT_EQ(value, std::strtod(start, nullptr)) << text;
+            else
+                EXPECT_NE(text.find_last_of("-e"), std::string::npos) << text;
+        }
+    munmap(pages, 2 * page);
 }
 
 TEST(ScannerCursor, StopsBehindTheNumber)

@@ -85,10 +85,8 @@ TEST(UniqueIntegers, Edges)
     EXPECT_EQ(select(7, -2, 2), 1);
     EXPECT_EQ(out, (Integers{-2, -1, 0, 1, 2, 0, 0}));
     Integers many(2000);
-    for (int failing : {1, 2, 3}) {
-        qmml::fail_allocation(failing);
-        EXPECT_EQ(PyloSelectUniqueRandomIntegersInRange(2000, 1, 5000, many.data()), 0);
-    }
+    qmml::fail_allocation(1);
+    EXPECT_EQ(PyloSelectUniqueRandomIntegersInRange(2000, 1, 5000, many.data()), 0);
     qmml::fail_allocation(1);
     EXPECT_EQ(select(1, 1, 1'000'000), 0);
     qmml::fail_allocation(0);
