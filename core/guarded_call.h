@@ -17,16 +17,27 @@ enum class Outcome { success, failure, fault };
 template <class Compute, class Deliver>
 Outcome guarded_call(Compute compute, Deliver deliver) noexcept
 {
-    const platform::FloatGuard guard;
-    try {
-        const bool succeeded = compute();
-        if (guard.faulted(platform::fault::serious))
+    const auto attempt = [&](auto faulted) {
+        try {
+            const bool succeeded = compute();
+            if (faulted())
+                return Outcome::fault;
+            deliver();
+            return succeeded ? Outcome::success : Outcome::failure;
+        } catch (...) {
             return Outcome::fault;
-        deliver();
-        return succeeded ? Outcome::success : Outcome::failure;
-    } catch (...) {
-        return Outcome::fault;
+        }
+    };
+    // Where everything is masked and nobody outside listens, the unit is read and written once: a guard would cost more
+    // than a small computation.
+    if (const unsigned unit = platform::read_unit();
+        (unit & platform::s_unit_masks) == platform::s_unit_masks && platform::t_guard_state == 0) [[likely]] {
+        const Outcome outcome = attempt([] { return false; });
+        platform::write_unit(unit & ~platform::fault::any);
+        return outcome;
     }
+    const platform::FloatGuard guard;
+    return attempt([&] { return guard.faulted(platform::fault::serious); });
 }
 
 template <class Compute>

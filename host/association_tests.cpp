@@ -16,9 +16,9 @@ int correlate(const std::vector<double>& x, const std::vector<double>& y, PairSt
 {
     int error = 0;
     double intercept_xy = 0, slope_xy = 0;
-    const int failed = ComputeSimpleCorrelation__(
-        0, static_cast<int>(x.size()), x.data(), y.data(), s_no_value, &s.intercept, &s.slope, &intercept_xy, &slope_xy,
-        &s.r, &s.t, &s.df, &s.p, &s.mean_x, &s.mean_y, &s.sd_x, &s.sd_y, &s.count, &error);
+    const int failed = ComputeSimpleCorrelation__(0, static_cast<int>(x.size()), x.data(), y.data(), s_no_value,
+                                                  &s.intercept, &s.slope, &intercept_xy, &slope_xy, &s.r, &s.t, &s.df,
+                                                  &s.p, &s.mean_x, &s.mean_y, &s.sd_x, &s.sd_y, &s.count, &error);
     return failed ? error : 0;
 }
 
@@ -43,7 +43,7 @@ Finding correlation_test(const Column& x, const Column& y, double level)
     table.add({x_name, rounded(s.count), rounded(s.mean_x), rounded(s.sd_x)});
     table.add({y_name, rounded(s.count), rounded(s.mean_y), rounded(s.sd_y)});
     // Without a degree of freedom, or on a straight line, the library has no probability.
-    const bool straight = s.df >= 1 && std::fabs(s.r) >= 1 - 1e-12;
+    const bool straight = s.df >= 1 && s.t == 0 && std::fabs(s.r) > 0.5;
     const bool tested = s.df >= 1 && !straight;
     return {"Correlation of " + x_name + " and " + y_name,
             table,
@@ -63,10 +63,10 @@ Finding multiple_correlation_test(const Column& x1, const Column& x2, const Colu
 {
     double big_r = 0, f = 0, df = 0, p = 1, mean1 = 0, mean2 = 0, mean_y = 0, sd1 = 0, sd_y = 0, again = 0, count = 0;
     int error = 0;
-    const int failed = ComputeMultipleCorrelation__(
-        through_origin ? 1 : 0, static_cast<int>(y.values.size()), x1.values.data(), x2.values.data(), y.values.data(),
-        s_no_value, &plane.b0, &plane.b1, &plane.b2, &big_r, &f, &df, &p, &mean1, &mean2, &mean_y, &sd1, &sd_y, &again,
-        &count, &error);
+    const int failed =
+        ComputeMultipleCorrelation__(through_origin ? 1 : 0, static_cast<int>(y.values.size()), x1.values.data(),
+                                     x2.values.data(), y.values.data(), s_no_value, &plane.b0, &plane.b1, &plane.b2,
+                                     &big_r, &f, &df, &p, &mean1, &mean2, &mean_y, &sd1, &sd_y, &again, &count, &error);
     if (failed)
         throw Error(error == 2   ? "fewer than three complete cases"
                     : error == 1 ? "a variable does not vary"

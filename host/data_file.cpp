@@ -117,10 +117,9 @@ const Column& DataFile::numbers(const std::string& name) const
     const Column& found = column(name);
     double ignored = 0;
     for (std::size_t i = 0; !found.numeric() && i < found.cells.size(); ++i)
-        if (const std::string& cell = found.cells[i];
-            !is_missing_cell(cell) && !parse_number(cell, m_decimal, ignored))
-            throw Error(m_name + ", line " + std::to_string(m_lines[i]) + ": column \"" + printable(name) + "\": " +
-                        shortened(printable(cell), 40) + " is not a number");
+        if (const std::string& cell = found.cells[i]; !is_missing_cell(cell) && !parse_number(cell, m_decimal, ignored))
+            throw Error(m_name + ", line " + std::to_string(m_lines[i]) + ": column \"" + printable(name) +
+                        "\": " + shortened(printable(cell), 40) + " is not a number");
     return found;
 }
 

@@ -115,8 +115,8 @@ void measure_distance(const FitFamily& family, const std::vector<double>& sample
     if (ComputeKolmogorovSmirnovTest__(0, family.code, p[0], p[1], p[2], static_cast<int>(sample.size()), sample.data(),
                                        s_no_value, &fit.distance, &fit.level, &fit.lilliefors, &error) == 0)
         return;
-    throw Error(error == 1   ? "all values are equal"
-                : error == 2 ? "fewer than three values"
+    throw Error(error == 1    ? "all values are equal"
+                : error == 2  ? "fewer than three values"
                 : error == 99 ? "out of memory"
                               : "the distribution cannot be computed with these parameters");
 }
@@ -128,9 +128,9 @@ Fit fit_distribution(const FitFamily& family, const std::vector<double>& sample,
     int error = 0;
     if (family.fit(static_cast<int>(sample.size()), sample.data(), fit.parameters, &error) != 0)
         throw Error(std::string("no ") + family.title + " distribution fits: " +
-                    (error == 1   ? "too few values"
-                     : error == 2 ? "all values are equal"
-                     : error == 3 ? "a value lies outside its support"
+                    (error == 1    ? "too few values"
+                     : error == 2  ? "all values are equal"
+                     : error == 3  ? "a value lies outside its support"
                      : error == 99 ? "out of memory"
                                    : "no convergence, or a parameter out of range"));
     return fit;

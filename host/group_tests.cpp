@@ -76,12 +76,11 @@ Finding f_test(const char* test, const char* what, const Groups& groups, double 
     // Groups without variance about means that do not differ: the library divides 0 by 0.
     if (std::isnan(f))
         p = s_no_value;
-    return {title_of(test, groups),
-            table_of(groups),
-            {{"F", rounded(f)},
-             {"df", rounded(df1) + " and " + rounded(df2)},
-             {"p", std::isnan(p) ? "-" : probability(p)}},
-            conclusion_of(what, p, level)};
+    return {
+        title_of(test, groups),
+        table_of(groups),
+        {{"F", rounded(f)}, {"df", rounded(df1) + " and " + rounded(df2)}, {"p", std::isnan(p) ? "-" : probability(p)}},
+        conclusion_of(what, p, level)};
 }
 
 } // namespace

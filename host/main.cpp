@@ -1,4 +1,4 @@
-// qmml: formulas over data files, distributions and matrices from the command line.
+// qmml: formulas over data files, statistics, distributions and matrices from the command line.
 #include "host/command.h"
 #include "host/error.h"
 #include "host/output_file.h"
@@ -40,7 +40,7 @@ static std::vector<std::string> arguments(int argc, char** argv)
         if (!option)
             list[1].insert(0, "--formula=");
     }
-    if (command == "dist")
+    if (command == "dist" || command == "test" || command == "fit")
         for (std::string& word : list)
             if (word.starts_with("-."))
                 word.insert(1, "0");
@@ -50,13 +50,20 @@ static std::vector<std::string> arguments(int argc, char** argv)
 
 static int run(int argc, char** argv)
 {
-    CLI::App app("Formulas over data files, probability distributions, matrix algebra", "qmml");
+    CLI::App app("Formulas and statistics over data files, probability distributions, matrix algebra", "qmml");
     app.set_version_flag("--version", "qmml " QMML_HOST_VERSION);
     app.require_subcommand(1);
     app.footer("\"qmml COMMAND --help\" tells more. Exit codes: 0 success, 2 any error.");
     add_eval_command(app);
     add_dist_command(app);
     add_matrix_command(app);
+    add_describe_command(app);
+    add_test_command(app);
+    add_fit_command(app);
+    add_rank_command(app);
+    add_lowess_command(app);
+    add_select_command(app);
+    add_report_command(app);
     add_functions_command(app);
     try {
         app.parse(arguments(argc, argv));

@@ -23,11 +23,10 @@ Summary summarise(const std::vector<double>& values)
     } else {
         const double* const data = values.data();
         const int n = static_cast<int>(values.size());
-        const bool computed = ValMean(data, 1, n, &s.mean) && ValStDeviation(data, 1, n, &s.sd) &&
-                              ValStError(data, 1, n, &s.se) && ValMin(data, 1, n, &s.minimum) &&
-                              ValQuartiles(data, 1, n, quartiles) && ValMedian(data, 1, n, &s.median) &&
-                              ValMax(data, 1, n, &s.maximum) && ValMode(data, 1, n, &s.mode) &&
-                              ValSum(data, 1, n, &s.sum);
+        const bool computed =
+            ValMean(data, 1, n, &s.mean) && ValStDeviation(data, 1, n, &s.sd) && ValStError(data, 1, n, &s.se) &&
+            ValMin(data, 1, n, &s.minimum) && ValQuartiles(data, 1, n, quartiles) && ValMedian(data, 1, n, &s.median) &&
+            ValMax(data, 1, n, &s.maximum) && ValMode(data, 1, n, &s.mode) && ValSum(data, 1, n, &s.sum);
         if (!computed)
             throw Error("out of memory");
     }
@@ -43,8 +42,7 @@ std::vector<std::string> summary_titles()
 
 std::vector<double> summary_numbers(const Summary& s)
 {
-    return {s.mean,           s.sd,      s.se,   s.minimum, s.lower_quartile, s.median,
-            s.upper_quartile, s.maximum, s.mode, s.sum};
+    return {s.mean, s.sd, s.se, s.minimum, s.lower_quartile, s.median, s.upper_quartile, s.maximum, s.mode, s.sum};
 }
 
 std::vector<std::string> summary_cells(const std::string& name, const Summary& summary)

@@ -60,7 +60,7 @@ int QelMatrixRead(const char* file, double* A, int aR, int aC)
     fill_block(A, aR, {aR, aC}, 0.0);
     const NumberTextLock lock;
     Ini_GN(13);
-    return read_matrix(input, A, {aR, aC}, decimal_separator(), line.data());
+    return read_matrix(input, A, {aR, aC}, line.data());
 }
 
 int QelMatrixDisplay(const double*, const char*, int, int, int)

@@ -3,6 +3,7 @@
 #include "core/break_check.h"
 #include "matrix/elimination_product.h"
 #include "matrix/elimination_small.h"
+#include "matrix/elimination_small_determinant.h"
 #include "matrix/elimination_work.h"
 
 #include <algorithm>
@@ -48,26 +49,23 @@ private:
     bool m_negative = false;
 };
 
-Status end_small(double* a, int n, RunningDeterminant& product, double& value) noexcept
+template <int N>
+Status end_small(const SmallDeterminant<N>& small, RunningDeterminant& product, double& value) noexcept
 {
-    SmallElimination elimination(a, n, false);
-    for (int step = 0; step < n; ++step) {
-        const Pivot pivot = elimination.search();
-        if (const Status status = product.add(pivot); status != Status::success)
-            return status;
-        if (step < n - 1)
-            elimination.step(pivot);
-    }
-    return product.end(value);
+    const Status status = small.eliminate(product);
+    return status == Status::success ? product.end(value) : status;
 }
 
-Status small_determinant(const double* a, int n, double& value) noexcept
+template <int N>
+Status small_determinant(const double* a, double& value) noexcept
 {
-    double copy[SmallElimination::s_largest * SmallElimination::s_largest];
-    std::copy_n(a, n * n, copy);
+    SmallDeterminant<N> small;
+    std::copy_n(a, N * N, small.elements);
     RunningDeterminant product;
-    return end_small(copy, n, product, value);
+    return end_small(small, product, value);
 }
+
+constexpr int s_largest_small = 6;
 
 Status large_determinant(const double* a, int n, double& value) noexcept
 {
@@ -78,16 +76,16 @@ Status large_determinant(const double* a, int n, double& value) noexcept
     Elimination& e = work.elimination();
     Pivot pivot = kernels.begin(e);
     RunningDeterminant product;
-    for (int left = n; left > SmallElimination::s_largest; --left) {
+    for (int left = n; left > s_largest_small; --left) {
         if (const Status status = product.add(pivot); status != Status::success)
             return status;
         pivot = kernels.step(e, pivot);
         if (e.steps == 0)
             work.drop_used(pivot);
     }
-    double rest[SmallElimination::s_largest * SmallElimination::s_largest];
-    work.write_unused(rest);
-    return end_small(rest, SmallElimination::s_largest, product, value);
+    SmallDeterminant<s_largest_small> rest;
+    work.write_unused(rest.elements);
+    return end_small(rest, product, value);
 }
 
 // The step of a pivot too small to divide by gets as far as to its exchange and the 1 in its place.
@@ -151,8 +149,19 @@ Status large_inverse(double* a, int n) noexcept
 Status determinant(const double* a, int n, double& value) noexcept
 {
     value = 0.0;
-    return n <= SmallElimination::s_largest ? small_determinant(a, std::max(n, 0), value)
-                                            : large_determinant(a, n, value);
+    switch (n) {
+    case 1: return small_determinant<1>(a, value);
+    case 2: return small_determinant<2>(a, value);
+    case 3: return small_determinant<3>(a, value);
+    case 4: return small_determinant<4>(a, value);
+    case 5: return small_determinant<5>(a, value);
+    case s_largest_small: return small_determinant<s_largest_small>(a, value);
+    default: break;
+    }
+    if (n > 0)
+        return large_determinant(a, n, value);
+    value = 1.0;
+    return Status::success;
 }
 
 Status invert_in_place(double* a, int n) noexcept

@@ -20,9 +20,8 @@ public:
         // Numer. Math. 18 (1971), 224-242.
         const Halves a = split(m_high), b = split(factor);
         const double error = ((a.high * b.high - p) + a.high * b.low + a.low * b.high) + a.low * b.low;
-        const double low = error + m_low * factor;
-        m_high = p + low;
-        m_low = low - (m_high - p);
+        m_low = m_low * factor + error;
+        m_high = p;
         if (m_high >= s_large) [[unlikely]]
             scale(s_down, 1);
         else if (m_scalings > 0 && m_high < s_small) [[unlikely]]
@@ -33,7 +32,11 @@ public:
     bool greater(double limit) const noexcept { return compare(limit) > 0.0; }
 
     // When it is no number too large.
-    double value() const noexcept { return m_scalings > 0 ? m_high * s_up : m_high; }
+    double value() const noexcept
+    {
+        const double product = m_high + m_low;
+        return m_scalings > 0 ? product * s_up : product;
+    }
 
 private:
     static constexpr double s_large = 0x1p400, s_small = 0x1p-100;
@@ -65,8 +68,7 @@ private:
             return 1.0;
         if (m_scalings == 1)
             limit *= s_down;
-        const double difference = m_high - limit;
-        return difference != 0.0 ? difference : m_low;
+        return (m_high - limit) + m_low;
     }
 
     double m_high = 1.0;

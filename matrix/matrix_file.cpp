@@ -52,10 +52,13 @@ public:
     bool next() noexcept
     {
         m_length = 0;
+        m_line[0] = '\0';
         for (bool any = false;; any = true) {
             if (m_from == m_to && !fill())
                 return any;
-            const char* const end = std::find_if(m_from, m_to, [](char c) { return c == '\n' || c == '\r'; });
+            if (m_line_feed < m_from)
+                m_line_feed = find_or_end(m_from, m_to, '\n');
+            const char* const end = find_or_end(m_from, m_line_feed, '\r');
             keep(m_from, end);
             m_from = end;
             if (end != m_to) {
@@ -69,10 +72,18 @@ public:
 private:
     static constexpr int s_longest = s_line_room - 1;
 
+    // By the runtime's search, which takes many characters at a time.
+    static const char* find_or_end(const char* from, const char* to, char c) noexcept
+    {
+        const void* const found = std::memchr(from, c, static_cast<std::size_t>(to - from));
+        return found ? static_cast<const char*>(found) : to;
+    }
+
     bool fill() noexcept
     {
         m_from = m_chunk;
         m_to = m_chunk + m_file.read(m_chunk, sizeof m_chunk);
+        m_line_feed = find_or_end(m_from, m_to, '\n');
         return m_from != m_to;
     }
 
@@ -81,6 +92,7 @@ private:
         const auto count = static_cast<int>(std::min<std::ptrdiff_t>(to - from, s_longest - m_length));
         std::memcpy(m_line + m_length, from, static_cast<std::size_t>(count));
         m_length += count;
+        m_line[m_length] = '\0';
     }
 
     platform::File& m_file;
@@ -88,6 +100,7 @@ private:
     int m_length = 0;
     const char* m_from = nullptr;
     const char* m_to = nullptr;
+    const char* m_line_feed = nullptr; // the next one, or the end of the chunk
     char m_chunk[16384];
 };
 
@@ -96,15 +109,18 @@ bool in_number(char c) noexcept
     return (c >= '0' && c <= '9') || c == 'E' || c == '+' || c == '-' || c == '.' || c == 'e';
 }
 
-void read_row(const char* at, const char* end, double* row, Shape shape, char decimal) noexcept
+void read_row(const char* at, const char* end, double* row, Shape shape) noexcept
 {
     const auto is_blank = [](char c) { return c == ' '; };
     for (int j = 0; j < shape.cols && at != end; ++j) {
         const char* const field = std::find_if_not(at, end, is_blank);
-        const char* const number_end = std::find_if_not(field, end, in_number);
-        // The element keeps its zero where this is no number; nothing at all would read as a missing value.
-        if (field != number_end)
-            scan_field(field, number_end, decimal, row[std::int64_t{j} * shape.rows]);
+        // No field holds a separator other than the period. The element keeps its zero where this is no number.
+        const auto number = scan_number(field, '.');
+        const char* number_end = number.end;
+        if (number_end != end && in_number(*number_end))
+            number_end = std::find_if_not(number_end, end, in_number);
+        else if (number_end != field)
+            row[std::int64_t{j} * shape.rows] = number.value;
         at = std::find_if_not(number_end, end, is_blank);
         if (at != end && !in_number(*at))
             ++at;
@@ -130,7 +146,7 @@ bool write_matrix(platform::File& file, const double* a, Shape shape, char decim
     return writer.flush();
 }
 
-bool read_matrix(platform::File& file, double* a, Shape shape, char decimal, char* buffer) noexcept
+bool read_matrix(platform::File& file, double* a, Shape shape, char* buffer) noexcept
 {
     Lines lines(file, buffer);
     bool any = false;
@@ -139,7 +155,7 @@ bool read_matrix(platform::File& file, double* a, Shape shape, char decimal, cha
         if (lines.length() == 0 || i >= shape.rows)
             continue;
         if (shape.size() > 0)
-            read_row(buffer, buffer + lines.length(), a + i, shape, decimal);
+            read_row(buffer, buffer + lines.length(), a + i, shape);
         ++i;
     }
     return any;

@@ -12,6 +12,6 @@ bool write_matrix(platform::File& file, const double* a, Shape shape, char decim
 // Fills a, which holds zeros, line by line with what the file holds; false when there was no line. The buffer has room
 // for s_line_room characters.
 inline constexpr int s_line_room = 8192;
-bool read_matrix(platform::File& file, double* a, Shape shape, char decimal, char* buffer) noexcept;
+bool read_matrix(platform::File& file, double* a, Shape shape, char* buffer) noexcept;
 
 } // namespace qmml::matrix

@@ -16,10 +16,9 @@
 namespace qmml::matrix {
 namespace {
 
-constexpr int s_strip = 64;       // columns that stay in the second-level cache while they are worked on
-constexpr int s_stack_order = 16; // orders up to this one need no memory block
+constexpr int s_strip = 64; // columns that stay in the second-level cache while they are worked on
 
-// What a solution works with, for orders that are taken from the heap and those that are not.
+// What a solution works with.
 struct Work {
     double* scale; // of the rows; once these are factored, a copy of the right-hand side
     double* residual;
@@ -169,11 +168,8 @@ Status solve_in_place(double* a, double* b, int n, int m) noexcept
         return Status::success;
     if (n <= s_small_order)
         return solve_small(a, b, n, m);
-    if (n <= s_stack_order) {
-        double scale[s_stack_order], residual[s_stack_order], matrix[s_stack_order * s_stack_order];
-        int exchanges[s_stack_order];
-        return solve_with(a, b, n, m, {scale, residual, exchanges, matrix});
-    }
+    if (n <= s_stack_order)
+        return s_solve_kernels->solve_on_stack(a, b, n, m);
     Block<double> scale(n), residual(n), matrix(std::int64_t{n} * n);
     Block<int> exchanges(n);
     if (!scale || !residual || !exchanges || !matrix)

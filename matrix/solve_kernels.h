@@ -2,11 +2,13 @@
 #pragma once
 
 #include "matrix/product_kernels.h"
+#include "matrix/status.h"
 #include "platform/levels.h"
 
 namespace qmml::matrix {
 
 inline constexpr int s_panel = 8; // columns factored together, and the order of the triangles solved directly
+inline constexpr int s_stack_order = 16; // orders up to this one need no memory block
 
 struct SolveKernels {
     // The copy, and the largest magnitude of each row by the tolerant comparison; NaNs are passed over.
@@ -24,6 +26,9 @@ struct SolveKernels {
 
     // r = a x - b, each sum starting at -b and taking its terms with k ascending.
     void (*residual)(double* r, const double* a, int n, const double* x, const double* b) noexcept;
+
+    // All of solve_in_place for 1 <= n <= s_stack_order.
+    Status (*solve_on_stack)(double* a, double* b, int n, int m) noexcept;
 };
 
 extern const SolveKernels s_solve_baseline, s_solve_avx2, s_solve_avx512;

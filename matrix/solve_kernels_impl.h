@@ -3,6 +3,7 @@
 #pragma once
 
 #include "matrix/solve_columns.h"
+#include "matrix/solve_stack_impl.h"
 
 #include <cstdint>
 
@@ -211,7 +212,7 @@ struct SolveImplementation {
     }
 
     static constexpr SolveKernels kernels = {copy_and_measure, factor_panel, solve_lower, Substitution<L>::run,
-                                             residual};
+                                             residual,         solve_on_stack<L>};
 };
 
 } // namespace qmml::matrix

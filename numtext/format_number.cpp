@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <cstring>
 
@@ -50,37 +49,6 @@ char* append_fixed(char* text, const DecimalDigits& number, char decimal) noexce
     return text + number.count + 1;
 }
 
-char* append_scientific(char* text, const DecimalDigits& number, char decimal) noexcept
-{
-    *text++ = number.digits[0];
-    if (number.count > 1) {
-        *text++ = decimal;
-        std::memcpy(text, number.digits + 1, 16);
-        text += number.count - 1;
-    }
-    *text++ = 'e';
-    return std::to_chars(text, text + 4, number.exponent).ptr;
-}
-
-char* append_number(char* text, double value, int width, int digits, char decimal) noexcept
-{
-    if (is_nan(value)) {
-        *text++ = '.';
-        return text;
-    }
-    const bool negative = (bits_of(value) >> 63) != 0;
-    *text = '-';
-    text += negative;
-    if (!is_finite(value)) {
-        constexpr char infinity[] = {'1', 'e', '9', '9', '9'};
-        std::memcpy(text, infinity, sizeof infinity);
-        return text + sizeof infinity;
-    }
-    const auto number = shortest_digits(value, digits);
-    return fixed_length(number.count, number.exponent) + negative <= width ? append_fixed(text, number, decimal)
-                                                                           : append_scientific(text, number, decimal);
-}
-
 // "e-308", for every exponent of a double.
 struct ExponentText {
     char text[5];
@@ -104,6 +72,50 @@ constexpr auto make_exponents()
 }
 constexpr auto s_exponents = make_exponents();
 
+const ExponentText& exponent_text(int exponent) noexcept
+{
+    return s_exponents[static_cast<std::size_t>(exponent - s_lowest_exponent)];
+}
+
+// Fixed where that fits, and also where an exponent would make it no shorter.
+bool fixed_serves(int count, int exponent, bool negative, int width) noexcept
+{
+    const int fixed = fixed_length(count, exponent);
+    return fixed + negative <= width || fixed <= count + (count > 1) + exponent_text(exponent).length;
+}
+
+char* append_scientific(char* text, const DecimalDigits& number, char decimal) noexcept
+{
+    *text++ = number.digits[0];
+    if (number.count > 1) {
+        *text++ = decimal;
+        std::memcpy(text, number.digits + 1, 16);
+        text += number.count - 1;
+    }
+    const auto& [exponent, length] = exponent_text(number.exponent);
+    std::memcpy(text, exponent, sizeof exponent);
+    return text + length;
+}
+
+char* append_number(char* text, double value, int width, int digits, char decimal) noexcept
+{
+    if (is_nan(value)) {
+        *text++ = '.';
+        return text;
+    }
+    const bool negative = (bits_of(value) >> 63) != 0;
+    *text = '-';
+    text += negative;
+    if (!is_finite(value)) {
+        constexpr char infinity[] = {'1', 'e', '9', '9', '9'};
+        std::memcpy(text, infinity, sizeof infinity);
+        return text + sizeof infinity;
+    }
+    const auto number = shortest_digits(value, digits);
+    return fixed_serves(number.count, number.exponent, negative, width) ? append_fixed(text, number, decimal)
+                                                                        : append_scientific(text, number, decimal);
+}
+
 // How the digits turn into at most sixteen characters.
 struct Layout {
     int leading; // zeros in front
@@ -126,16 +138,41 @@ SixteenBytes lay_out(const SixteenBytes& digits, const Layout& layout, char deci
     return {word(&SixteenBytes::low), word(&SixteenBytes::high)};
 }
 
+// A number below 1 whose digits do not fit sixteen characters together with what stands in front of them.
+int format_small(const PackedDigits& number, bool negative, int width, char decimal, char* text) noexcept
+{
+    const char front[] = {'0', decimal, '0', '0', '0'};
+    const std::uint64_t zeros = repeat('0');
+    char line[s_slack];
+    *line = '-';
+    char* const start = line + negative;
+    std::memcpy(start, front, sizeof front);
+    char* const digits = start + 1 - number.exponent;
+    store_bytes(digits, number.digits.low ^ zeros);
+    store_bytes(digits + 8, number.digits.high ^ zeros);
+    const auto length = static_cast<int>(digits - line) + number.count, end = std::max(length, width);
+    std::memcpy(text, line, 16); // and from the other end: nothing behind the text is touched
+    std::memcpy(text + length - 16, line + length - 16, 16);
+    std::memset(text + length, ' ', static_cast<std::size_t>(end - length));
+    text[end] = '\0';
+    return end;
+}
+
 // Where sixteen characters hold all but sign and exponent, in a field of at least 15: written in place, in few words
 // and without branches, since lengths and signs are as good as random. 0 where that cannot be.
 int format_in_words(double value, int width, int digits, char decimal, char* text) noexcept
 {
+    constexpr int most_front_zeros = 4;
     const auto number = quick_digits(value, digits);
     const bool negative = (bits_of(value) >> 63) != 0;
-    const int fixed = fixed_length(number.count, number.exponent);
-    const bool is_fixed = fixed + negative <= width;
-    if (number.count == 0 || (is_fixed && fixed + negative > 16))
+    if (number.count == 0)
         return 0;
+    const int fixed = fixed_length(number.count, number.exponent);
+    const bool is_fixed = fixed_serves(number.count, number.exponent, negative, width);
+    if (is_fixed && fixed > 16)
+        return number.exponent < 0 && number.exponent >= -most_front_zeros
+                   ? format_small(number, negative, width, decimal, text)
+                   : 0;
     const Layout layout = {is_fixed ? std::max(-number.exponent, 0) : 0,
                            is_fixed ? std::max(number.exponent + 1, 1) : 1,
                            is_fixed ? fixed : number.count + (number.count > 1)};
@@ -143,7 +180,7 @@ int format_in_words(double value, int width, int digits, char decimal, char* tex
     const int sign_bits = 8 * negative;
     const auto minus = static_cast<std::uint64_t>(negative ? '-' : 0);
     const int mantissa = layout.length + negative;
-    const auto& exponent = s_exponents[static_cast<std::size_t>(number.exponent - s_lowest_exponent)];
+    const auto& exponent = exponent_text(number.exponent);
     const int length = is_fixed ? mantissa : mantissa + exponent.length;
     const int end = std::max(length, width);
 

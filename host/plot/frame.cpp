@@ -17,7 +17,8 @@ static double widest(const std::vector<std::string>& texts)
 
 Frame::Frame(Svg& svg, const Box& box, const Labels& labels, Axis x, Axis y, const std::vector<std::string>& names)
     : m_svg(svg), m_x(x), m_y(y), m_left(box.x + 12), m_top(box.y + (labels.curve.empty() ? 40 : 56)),
-      m_right(box.x + box.width - 20), m_bottom(box.y + box.height - 48), m_bands(std::max<std::size_t>(names.size(), 1))
+      m_right(box.x + box.width - 20), m_bottom(box.y + box.height - 48),
+      m_bands(std::max<std::size_t>(names.size(), 1))
 {
     std::vector<std::string> side;
     std::vector<Tick> ticks;

@@ -25,8 +25,8 @@ QMML_API unsigned short GetDecimalSepConv(void);
 /* ---- Formatter ----
  * The general format is the shortest text that reads back as the value rounded to `digits` significant digits (a tie
  * goes to the even digit): no trailing zeros, and fewer digits yet for a denormal. It is fixed, "-0.00125", where that
- * takes at most `width` characters, else it has an exponent, "1.25e-30". Digits come before width: a text with an
- * exponent that is longer than the width stays whole. Blanks fill a shorter text up on the right.
+ * takes at most `width` characters or no more than with an exponent, else it has one, "1.25e-30". Digits come before
+ * width: a text that is longer than the width stays whole. Blanks fill a shorter one up on the right.
  *
  * A missing value is "." whatever the separator; the infinities are "1e999" and "-1e999", which every reader here takes
  * for what they are; a negative zero keeps its sign. A finite value never rounds up to an infinity: the digits of one

@@ -88,6 +88,13 @@ struct Avx512Lane {
             rows[k + 4] = _mm512_shuffle_f64x2(quads[k], quads[k + 4], 0xdd);
         }
     }
+
+    static I load_bits(const std::uint64_t* p) noexcept { return reinterpret_cast<I>(_mm512_loadu_si512(p)); }
+    // The lanes of index, those of high counted from 8 on.
+    static D pick(D low, D high, I index) noexcept
+    {
+        return _mm512_permutex2var_pd(low, reinterpret_cast<__m512i>(index), high);
+    }
 };
 
 } // namespace qmml::platform

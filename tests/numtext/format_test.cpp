@@ -75,12 +75,16 @@ TEST(Formatter, ChoosesTheForm)
         {0.1 + 0.2, 20, 17, "0.30000000000000004"},
         {999999999999999, 15, 15, "999999999999999"},
         {-99999999999999, 15, 15, "-99999999999999"},
-        {-999999999999999, 15, 15, "-9.99999999999999e14"},
+        {-999999999999999, 15, 15, "-999999999999999"},
         {1e15, 15, 15, "1e15"},
         {1e15, 16, 15, "1000000000000000"},
         {9999999999999996, 17, 15, "10000000000000000"},
         {1.0 / 3, 17, 15, "0.333333333333333"},
-        {1.0 / 3, 16, 15, "3.33333333333333e-1"},
+        {1.0 / 3, 15, 15, "0.333333333333333"},
+        {-1.0 / 300, 15, 15, "-0.00333333333333333"},
+        {1.0 / 3000, 25, 15, "0.000333333333333333"},
+        {1.0 / 3000, 15, 15, "3.33333333333333e-4"},
+        {123456789012.345, 15, 15, "123456789012.345"},
         {2.0 / 3, 8, 6, "0.666667"},
         {1e-13, 15, 15, "0.0000000000001"},
         {1e-14, 15, 15, "1e-14"},
@@ -94,9 +98,10 @@ TEST(Formatter, ChoosesTheForm)
         {2.5, 3, 1, "2"}, // ties to even
         {3.5, 3, 1, "4"},
         {95, 3, 1, "100"},
-        {95, 2, 1, "1e2"},
-        {5, 0, 15, "5e0"},
-        {5, INT_MIN, INT_MIN, "5e0"},
+        {95, 2, 1, "100"}, // as short as with an exponent
+        {950, 2, 1, "1e3"},
+        {5, 0, 15, "5"},
+        {5, INT_MIN, INT_MIN, "5"},
         {s_nan, 15, 15, "."},
         {-s_nan, 0, 15, "."},
         {s_infinity, 15, 15, "1e999"},
@@ -113,7 +118,7 @@ TEST(Formatter, ChoosesTheForm)
 }
 
 // At every number of digits: the text reads back as what rounding leaves, a digit less would not, and the form is the
-// fixed one exactly where it fits.
+// fixed one exactly where it fits or is no longer than the other.
 TEST(Formatter, WritesTheShortestTextOfTheRoundedValue)
 {
     AnyBits any;
@@ -141,8 +146,11 @@ TEST(Formatter, WritesTheShortestTextOfTheRoundedValue)
             ASSERT_NE(std::strtod(scientific(read, count - 1).c_str(), nullptr), read) << text;
         }
         const bool fixed = text.find('e') == std::string::npos;
-        const std::size_t needed = fixed_size(scientific(read, count));
-        ASSERT_EQ(fixed, needed <= static_cast<std::size_t>(width)) << text << " in " << width;
+        const std::string best = scientific(read, count); // with a sign and two digits in the exponent at least
+        const std::size_t needed = fixed_size(best), e = best.find('e');
+        const std::size_t with_exponent = e + std::to_string(std::stoi(best.substr(e + 1))).size() + 1;
+        ASSERT_EQ(fixed, needed <= static_cast<std::size_t>(width) || needed <= with_exponent)
+            << text << " in " << width;
         if (fixed) {
             ASSERT_EQ(text.size(), needed) << text;
         }
