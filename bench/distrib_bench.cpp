@@ -50,6 +50,8 @@ const std::vector<double> s_probabilities = {0.001, 0.005, 0.01, 0.025, 0.05, 0.
 // (3e-13 in the logarithm); AS 66; the stops of the fractions and series at 1e-6 per step; AS 239; the inverses.
 constexpr double s_closed = 1e-13, s_log_gamma = 1e-11, s_as66 = 1e-8, s_fraction = 5e-6, s_as239 = 1e-12;
 constexpr double s_as91 = 1e-8, s_as109 = 1e-7, s_coarse_as109 = 1e-5, s_minimiser = 0.02;
+// AS 190 is coarse, and its quantile stops within 0.005 of the probability.
+constexpr double s_as190 = 1e-3, s_as190_quantile = 0.1;
 
 void describe_workloads(Suite& suite)
 {
@@ -84,6 +86,11 @@ void describe_workloads(Suite& suite)
     suite.describe("gammq", spread(0.3, 0.8), s_fraction);
     suite.describe("betai", spread(0.03, 0.0625), s_fraction);
     suite.describe("xftest", spread(0.1, 0.4), s_fraction);
+    for (const char* name : {"prtrng_v10_r3", "prtrng_infinite_r3", "prtrng_v60_r20"})
+        suite.describe(name, spread(0.5, 0.4), s_as190);
+    suite.describe("qtrng_middle_v10_r3", spread(0.1, 0.05), s_as190_quantile);
+    for (const char* name : {"qtrng_v10_r3", "qtrng_v60_r20"})
+        suite.describe(name, spread(0.9, 0.006), s_as190_quantile);
     suite.describe("invnrm", s_probabilities, s_minimiser);
     suite.describe("invistudent_t", s_probabilities, s_coarse_as109);
 }
@@ -139,6 +146,13 @@ void add_continuous(Suite& suite)
     add("v_weibull", [p](double q) { return v_weibull(q, p.weibull_scale, p.weibull_shape, p.weibull_location); });
 }
 
+double no_fault(double (*function)(double, double, double, short*), double x, double v, double r)
+{
+    short fault = 0;
+    const double value = function(x, v, r, &fault);
+    return fault == 0 ? value : NAN;
+}
+
 void add_discrete_and_special(Suite& suite)
 {
     const auto add = [&](const std::string& name, auto function) { suite.add(name, "qmml", function); };
@@ -156,13 +170,12 @@ void add_discrete_and_special(Suite& suite)
     add("gammq", [p](double x) { return gammq(p.gamma_shape, x); });
     add("betai", [p](double x) { return betai(p.beta_a, p.beta_b, x); });
     add("xftest", [p](double x) { return xftest(p.f_df1, p.f_df2, x); });
-    short fault = 0;
-    add("prtrng_v10_r3", [=](double x) mutable { return prtrng(x, p.range_df, p.range_groups, &fault); });
-    add("prtrng_infinite_r3", [=](double x) mutable { return prtrng(x, 1e9, p.range_groups, &fault); });
-    add("prtrng_v60_r20", [=](double x) mutable { return prtrng(x, 60, 20, &fault); });
-    add("qtrng_middle_v10_r3", [=](double q) mutable { return qtrng(q, p.range_df, p.range_groups, &fault); });
-    add("qtrng_v10_r3", [=](double q) mutable { return qtrng(q, p.range_df, p.range_groups, &fault); });
-    add("qtrng_v60_r20", [=](double q) mutable { return qtrng(q, 60, 20, &fault); });
+    add("prtrng_v10_r3", [p](double x) { return no_fault(prtrng, x, p.range_df, p.range_groups); });
+    add("prtrng_infinite_r3", [p](double x) { return no_fault(prtrng, x, 1e9, p.range_groups); });
+    add("prtrng_v60_r20", [](double x) { return no_fault(prtrng, x, 60, 20); });
+    add("qtrng_middle_v10_r3", [p](double q) { return no_fault(qtrng, q, p.range_df, p.range_groups); });
+    add("qtrng_v10_r3", [p](double q) { return no_fault(qtrng, q, p.range_df, p.range_groups); });
+    add("qtrng_v60_r20", [](double q) { return no_fault(qtrng, q, 60, 20); });
     add("invnrm", [p](double q) { return invnrm(q, static_cast<int>(p.student_df)); });
     add("invistudent_t", [p](double q) { return invistudent_t(q, p.student_df); });
 }

@@ -4,6 +4,7 @@
 
 #include <gsl/gsl_randist.h>
 #include <gsl/gsl_rng.h>
+#include <numeric>
 
 namespace qmml::bench {
 namespace {
@@ -25,6 +26,13 @@ void add_gsl()
     for (const int mean : {3, 100})
         add_deviate("poisson_deviate_" + std::to_string(mean) + "/gsl_ran2", poisson(mean),
                     [=] { return static_cast<double>(gsl_ran_poisson(ran2, mean)); });
+    for (const Selection& selection : s_selections) {
+        std::vector<int> all(static_cast<std::size_t>(selection.range));
+        std::iota(all.begin(), all.end(), 1);
+        add_selection(selection, "gsl_choose", [standard, all](std::vector<int>& out) mutable {
+            gsl_ran_choose(standard, out.data(), out.size(), all.data(), all.size(), sizeof(int));
+        });
+    }
 }
 
 const Peer<> s_gsl(add_gsl);

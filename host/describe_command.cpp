@@ -73,12 +73,12 @@ void describe(const DescribeOptions& options)
     std::string texts;
     for (const std::string& name : options.columns)
         columns.push_back(&file.numbers(name));
-    if (columns.empty())
-        for (const Column& column : file.columns())
-            if (column.numeric())
-                columns.push_back(&column);
-            else
-                texts += (texts.empty() ? "" : ", ") + printable(column.name);
+    for (const Column& column : file.columns()) {
+        if (!column.numeric())
+            texts += (texts.empty() ? "" : ", ") + printable(column.name);
+        else if (options.columns.empty())
+            columns.push_back(&column);
+    }
     if (columns.empty())
         throw Error(file.name() + " has no column of numbers; there are " + shortened(texts, 300));
 
@@ -89,7 +89,8 @@ void describe(const DescribeOptions& options)
     Table table(summary_titles());
     for (const Column* column : columns)
         table.add(summary_cells(printable(column->name), summarise(column->values)));
-    write_to_stdout(table.text() + (texts.empty() ? "" : "\nText columns: " + texts + '\n'));
+    write_to_stdout(table.text() +
+                    (texts.empty() || !options.columns.empty() ? "" : "\nText columns: " + texts + '\n'));
 }
 
 } // namespace

@@ -72,26 +72,36 @@ private:
         Elimination e;
         if (!begin(e))
             return Status::singular;
-        int position = search(e, m_factors, 0);
-        for (int j = 0; j < m_n; ++j) {
+        const int last = m_n - 1;
+        std::uint64_t position = search(e, m_factors, 0);
+        for (int j = 0; j <= last; ++j) {
             if (break_requested())
                 return Status::stopped;
-            position = eliminate(e, j, position);
+            if (j < last)
+                position = eliminate(e, j, position);
         }
+        replace_zero(m_factors[m_order[last] + static_cast<std::size_t>(last * s_rows)]);
         return Status::success;
+    }
+
+    static void replace_zero(double& pivot) noexcept
+    {
+        if ((bits_of(pivot) & s_compared) == 0)
+            pivot = s_tiny;
     }
 
     // Copies and measures.
     bool begin(Elimination& e) noexcept
     {
+        const int n = m_n;
         D largest[V];
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v)
             largest[v] = L::set(0.0);
-        for (int j = 0; j < m_n; ++j)
+        for (int j = 0; j < n; ++j)
 #pragma GCC unroll 8
             for (int v = 0; v < V; ++v) {
-                const D value = get(m_a + j * m_n, v), size = magnitude(value);
+                const D value = get(m_a + j * n, v), size = magnitude(value);
                 L::store(m_factors + j * s_rows + v * L::width, value);
                 largest[v] = L::select(L::less(compared(largest[v]), compared(size)), size, largest[v]);
             }
@@ -109,7 +119,7 @@ private:
 
     // The position of the greatest merit among those alive, of equal ones the last; NaNs have none. The bits that the
     // comparison does not look at hold the position, so that one maximum finds both.
-    static int search(const Elimination& e, const double* column, int first) noexcept
+    static std::uint64_t search(const Elimination& e, const double* column, int first) noexcept
     {
         D merits[V], best = L::set(0.0);
         M finite = L::less(best, L::set(1.0));
@@ -121,13 +131,10 @@ private:
             finite = L::both(finite, L::less(merits[v], L::as_number(L::bits(s_infinity))));
             best = v == 0 ? merits[v] : L::larger(best, merits[v]);
         }
-        const std::uint64_t found =
-            L::any(L::negate(finite)) ? search_infinite(merits) : bits_of(L::largest_of(best));
-        const int position = static_cast<int>(found & 15);
-        return position < first ? first : position;
+        return L::any(L::negate(finite)) ? search_infinite(merits, first) : bits_of(L::largest_of(best)) & 15;
     }
 
-    [[gnu::noinline]] static std::uint64_t search_infinite(const D (&merits)[V]) noexcept
+    [[gnu::noinline]] static std::uint64_t search_infinite(const D (&merits)[V], int first) noexcept
     {
         double all[s_rows];
         for (int v = 0; v < V; ++v)
@@ -136,26 +143,25 @@ private:
         for (const double merit : all)
             if (bits_of(merit) <= (s_infinity | 15) && bits_of(merit) > best)
                 best = bits_of(merit);
-        return best;
+        return best == 0 ? static_cast<std::uint64_t>(first) : best & 15;
     }
 
-    // The step of column j, whose pivot has been found; the position of the next one.
-    int eliminate(Elimination& e, int j, int position) noexcept
+    // The step of column j, which is not the last and whose pivot has been found; the position of the next one.
+    std::uint64_t eliminate(Elimination& e, int j, std::uint64_t position) noexcept
     {
         const std::uint64_t row = m_order[position], displaced = m_order[j];
         m_order[position] = displaced;
         m_order[j] = row;
         double* const column = m_factors + j * s_rows;
-        if ((bits_of(column[row]) & s_compared) == 0)
-            column[row] = s_tiny;
+        replace_zero(column[row]);
         const D pivot = L::set(column[row]);
-        const D here = L::set(static_cast<int>(row)), moved = L::set(static_cast<int>(displaced));
         D ratios[V];
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v) {
-            e.alive[v] = L::both(e.alive[v], L::differ(lanes(v), here));
-            e.positions[v] = L::select(same(lanes(v), moved),
-                                       L::as_number(L::bits(static_cast<std::uint64_t>(position))), e.positions[v]);
+            const auto positions = L::as_bits(e.positions[v]);
+            e.alive[v] = L::both(e.alive[v], L::any_bit(positions ^ L::bits(position)));
+            const M stays = L::any_bit(positions ^ L::bits(static_cast<std::uint64_t>(j)));
+            e.positions[v] = L::select(stays, e.positions[v], L::as_number(L::bits(position)));
             const D old = L::load(column + v * L::width);
             ratios[v] = L::select(e.alive[v], old, L::set(0.0)) / pivot;
             L::store(column + v * L::width, L::select(e.alive[v], ratios[v], old));
@@ -168,118 +174,163 @@ private:
                 L::store(later + v * L::width, L::select(e.alive[v], old - ratios[v] * factor, old));
             }
         };
-        if (j + 1 == m_n)
-            return 0;
         take(column + s_rows);
-        const int next = search(e, column + s_rows, j + 1); // runs beside the other columns
-        for (int k = j + 2; k < m_n; ++k)
+        const int n = m_n, next = j + 1;
+        if (next == n - 1)
+            return static_cast<std::uint64_t>(next);
+        const std::uint64_t found = search(e, column + s_rows, next); // runs beside the other columns
+        for (int k = next + 1; k < n; ++k)
             take(m_factors + k * s_rows);
-        return next;
+        return found;
     }
 
-    // to[i] = from[order[i]], and zeros where there are no rows.
-    void arrange(double* to, const double* from) const noexcept
+    // A column in registers.
+    struct Column {
+        D parts[V];
+    };
+
+    static Column load(const double* p) noexcept
     {
+        Column c;
+#pragma GCC unroll 8
+        for (int v = 0; v < V; ++v)
+            c.parts[v] = L::load(p + v * L::width);
+        return c;
+    }
+    static void store(double* p, const Column& c) noexcept
+    {
+#pragma GCC unroll 8
+        for (int v = 0; v < V; ++v)
+            L::store(p + v * L::width, c.parts[v]);
+    }
+    Column get(const double* p) const noexcept
+    {
+        Column c;
+#pragma GCC unroll 8
+        for (int v = 0; v < V; ++v)
+            c.parts[v] = get(p, v);
+        return c;
+    }
+
+    static D element(const Column& c, int i) noexcept
+    {
+        if constexpr (L::width == 8)
+            return L::pick(c.parts[0], c.parts[V - 1], L::bits(static_cast<std::uint64_t>(i)));
+        double all[s_rows];
+        store(all, c);
+        return L::set(all[i]);
+    }
+
+    // Rows in the order of their positions, and zeros where there are no rows.
+    Column arranged(const Column& c) const noexcept
+    {
+        Column result;
         if constexpr (L::width == 8) {
-            const D low = get(from, 0), high = get(from, V - 1);
 #pragma GCC unroll 8
             for (int v = 0; v < V; ++v) {
-                const D picked = L::pick(low, high, L::load_bits(m_order + v * L::width));
-                L::store(to + v * L::width, L::select(there(v), picked, L::set(0.0)));
+                const D picked = L::pick(c.parts[0], c.parts[V - 1], L::load_bits(m_order + v * L::width));
+                result.parts[v] = L::select(there(v), picked, L::set(0.0));
             }
         } else {
-            double rows[s_rows];
+            double from[s_rows], to[s_rows];
+            store(from, c);
             for (int i = 0; i < s_rows; ++i)
-                rows[i] = i < m_n ? from[m_order[i]] : 0.0;
-            for (int i = 0; i < s_rows; ++i)
-                to[i] = rows[i];
+                to[i] = i < m_n ? from[m_order[i]] : 0.0;
+            result = load(to);
         }
+        return result;
     }
 
     void arrange_factors() noexcept
     {
-        for (int j = 0; j < m_n; ++j)
-            arrange(m_factors + j * s_rows, m_factors + j * s_rows);
+        for (int j = 0, n = m_n; j < n; ++j)
+            store(m_factors + j * s_rows, arranged(load(m_factors + j * s_rows)));
     }
 
     void solve_column(double* b) const noexcept
     {
-        alignas(64) double x[s_rows], residual[s_rows], correction[s_rows];
-        arrange(x, b);
+        Column x = arranged(get(b));
         substitute(x);
         for (int round = 0; round < 2; ++round) {
-            find_residual(residual, x, b);
-            arrange(correction, residual);
+            Column correction = arranged(residual(x, b));
             substitute(correction);
             if (!correct(x, correction))
                 break;
         }
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v)
-            put(b, v, L::load(x + v * L::width));
+            put(b, v, x.parts[v]);
     }
 
-    // The next element is worked out by itself, ahead of the vector that it is in: it alone is waited for.
-    void substitute(double* x) const noexcept
+    // Takes a column times factor off the rows that reached tells.
+    template <class Reached>
+    static void take(Column& x, const double* column, D factor, Reached reached) noexcept
     {
-        const auto take = [x](const double* column, D factor, auto reached) {
 #pragma GCC unroll 8
-            for (int v = 0; v < V; ++v) {
-                const M here = reached(lanes(v));
-                const D old = L::load(x + v * L::width);
-                const D part = L::select(here, L::load(column + v * L::width), L::set(0.0));
-                L::store(x + v * L::width, L::select(here, old - part * factor, old));
-            }
-        };
-        int k = 0;
-        while (k < m_n && x[k] == 0) // what L holds for them does not matter
-            ++k;
-        if (k < m_n - 1) {
-            D value = L::set(x[k]);
-            for (; k < m_n - 1; ++k) {
-                const double* const column = m_factors + k * s_rows;
-                const D next = L::set(x[k + 1]) - L::set(column[k + 1]) * value;
-                take(column, value, [k](D lane) { return L::less(L::set(k), lane); });
-                value = next;
-            }
+        for (int v = 0; v < V; ++v) {
+            const M here = reached(lanes(v));
+            const D part = L::select(here, L::load(column + v * L::width), L::set(0.0));
+            x.parts[v] = L::select(here, x.parts[v] - part * factor, x.parts[v]);
         }
-        const double* column = m_factors + (m_n - 1) * s_rows;
-        D value = L::set(x[m_n - 1]) / L::set(column[m_n - 1]);
-        L::store_first(x + m_n - 1, value, 1);
-        for (k = m_n - 1; k > 0; --k, column -= s_rows) {
-            const D next = (L::set(x[k - 1]) - L::set(column[k - 1]) * value) / L::set((column - s_rows)[k - 1]);
-            take(column, value, [k](D lane) { return L::less(lane, L::set(k)); });
-            L::store_first(x + k, value, 1);
+    }
+
+    // The next element is worked out by itself, ahead of the rest of its column: it alone is waited for.
+    void substitute(Column& x) const noexcept
+    {
+        const int last = m_n - 1;
+        int k = 0;
+        D value = element(x, 0);
+        while (k < last && !L::any(L::negate(same(value, L::set(0.0))))) // what L holds for these does not matter
+            value = element(x, ++k);
+        for (; k < last; ++k) {
+            const double* const column = m_factors + k * s_rows;
+            const D next = element(x, k + 1) - L::set(column[k + 1]) * value;
+            take(x, column, value, [reached = L::set(s_numbers[k])](D lane) { return L::less(reached, lane); });
             value = next;
         }
-        L::store_first(x, value, 1);
+        const double* column = m_factors + last * s_rows;
+        value = value / L::set(column[last]);
+        for (; k > 0; --k, column -= s_rows) {
+            const D next = (element(x, k - 1) - L::set(column[k - 1]) * value) / L::set((column - s_rows)[k - 1]);
+            take(x, column, value, [reached = L::set(s_numbers[k])](D lane) { return L::less(lane, reached); });
+            put(x, k, value);
+            value = next;
+        }
+        put(x, 0, value);
+    }
+    static void put(Column& x, int i, D value) noexcept
+    {
+#pragma GCC unroll 8
+        for (int v = 0; v < V; ++v)
+            x.parts[v] = L::select(same(lanes(v), L::set(s_numbers[i])), value, x.parts[v]);
     }
 
-    void find_residual(double* r, const double* x, const double* b) const noexcept
+    Column residual(const Column& x, const double* b) const noexcept
     {
-        D sums[V];
+        double all[s_rows];
+        store(all, x);
+        Column sums = get(b);
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v)
-            sums[v] = -get(b, v);
-        for (int k = 0; k < m_n; ++k) {
-            const D factor = L::set(x[k]);
+            sums.parts[v] = -sums.parts[v];
+        const int n = m_n;
+        for (int k = 0; k < n; ++k) {
+            const D factor = L::set(all[k]);
 #pragma GCC unroll 8
             for (int v = 0; v < V; ++v)
-                sums[v] = sums[v] + get(m_a + k * m_n, v) * factor;
+                sums.parts[v] = sums.parts[v] + get(m_a + k * n, v) * factor;
         }
-#pragma GCC unroll 8
-        for (int v = 0; v < V; ++v)
-            L::store(r + v * L::width, sums[v]);
+        return sums;
     }
 
     // Whether the correction was large.
-    static bool correct(double* x, const double* correction) noexcept
+    static bool correct(Column& x, const Column& correction) noexcept
     {
         bool large = false;
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v) {
-            const D c = L::load(correction + v * L::width), value = L::load(x + v * L::width) - c;
-            L::store(x + v * L::width, value);
+            const D c = correction.parts[v], value = x.parts[v] - c;
+            x.parts[v] = value;
             const M nonzero = L::less(L::set(0.0), compared(value));
             const D ratio = L::select(nonzero, c, L::set(0.0)) / L::select(nonzero, value, L::set(1.0));
             large |= L::any(L::less(L::set(1e-14), magnitude(ratio)));

@@ -17,6 +17,12 @@ struct Run {
     bool passes(std::int64_t i, Integer later) const noexcept { return integers[i] - static_cast<Integer>(i) <= later; }
 };
 
+// By bits: which one it is, is chance, and a jump would be a guess.
+Integer choose(bool first, Integer a, Integer b) noexcept
+{
+    return b ^ ((a ^ b) & (0 - static_cast<Integer>(first)));
+}
+
 void merge(Run earlier, Run later, Integer* out) noexcept
 {
     std::int64_t i = 0, j = 0;
@@ -40,12 +46,12 @@ void merge_even(Run earlier, Run later, Integer* out) noexcept
     for (std::int64_t step = 0; step < n; ++step) {
         const Integer a = earlier.integers[i], b = later.integers[j];
         const bool first = earlier.passes(i, b);
-        *out++ = first ? a : b + static_cast<Integer>(i);
+        *out++ = choose(first, a, b + static_cast<Integer>(i));
         i += first;
         j += !first;
         const Integer c = earlier.integers[k - 1], d = later.integers[l - 1];
         const bool last = !earlier.passes(k - 1, d);
-        *--back = last ? c : d + static_cast<Integer>(k);
+        *--back = choose(last, c, d + static_cast<Integer>(k));
         k -= last;
         l -= !last;
     }
@@ -67,7 +73,7 @@ void take_few(Integer* places, std::int64_t count) noexcept
 
 void take_places(std::uint32_t* places, std::uint32_t* scratch, std::int64_t count) noexcept
 {
-    constexpr std::int64_t few = 8;
+    constexpr std::int64_t few = 2;
     for (std::int64_t i = 0; i < count; i += few)
         take_few(places + i, std::min(few, count - i));
     Integer *from = places, *to = scratch;

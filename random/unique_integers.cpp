@@ -1,4 +1,5 @@
 // Distinct random integers, and membership in a list.
+#include "core/sort.h"
 #include "random/generator.h"
 #include "random/selection.h"
 
@@ -42,6 +43,25 @@ bool draw_from_list(int count, int low, std::int64_t size, int* out) noexcept
     return true;
 }
 
+// By the engine for doubles, which hold every integer, where that pays.
+void sort_integers(int* integers, int count) noexcept
+{
+    constexpr int few = 1024;
+    double numbers[few], *number = numbers;
+    Block<double> block(count > few ? count : 0);
+    if (!block) {
+        std::sort(integers, integers + count);
+        return;
+    }
+    if (count > few)
+        number = block.data();
+    for (int i = 0; i < count; ++i)
+        number[i] = integers[i];
+    sort_ascending(number, count);
+    for (int i = 0; i < count; ++i)
+        integers[i] = static_cast<int>(number[i]);
+}
+
 // Until all are there: the draws that repeat one are lost.
 template <class Set, class Keep>
 void draw_distinct(int count, std::int64_t size, Set& set, Keep keep) noexcept
@@ -72,7 +92,7 @@ bool draw_with_rejection(int count, int low, std::int64_t size, int* out) noexce
         return false;
     int* next = out;
     draw_distinct(count, size, seen, [&](std::int64_t offset) { *next++ = static_cast<int>(low + offset); });
-    std::sort(out, next);
+    sort_integers(out, count);
     return true;
 }
 
