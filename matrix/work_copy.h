@@ -27,7 +27,7 @@ public:
     double* data() noexcept { return m_data; }
 
 private:
-    static constexpr std::int64_t s_small = 16 * 16;
+    static constexpr std::int64_t s_small = 256;
 
     Block<double> m_block;
     double* m_data;
