@@ -48,7 +48,7 @@ Finding correlation_test(const Column& x, const Column& y, double level)
     return {"Correlation of " + x_name + " and " + y_name,
             table,
             {{"r", rounded(s.r)},
-             {"t", tested ? rounded(s.t) : "-"},
+             {"|t|", tested ? rounded(s.t) : "-"},
              {"df", rounded(s.df)},
              {"p", tested ? probability(s.p) : "-"},
              {"line", y_name + " = " + linear(s.intercept, {{s.slope, x_name}})}},

@@ -18,7 +18,7 @@ plot::Density normal_density(const std::vector<double>& sample)
     int count = 0;
     double mean = 0, sd = 0;
     GetNormalCurveStats(sample.data(), static_cast<int>(sample.size()), &count, &mean, &sd);
-    if (!(sd > 0) || std::isinf(sd))
+    if (!(sd > 1e-12 * std::fabs(mean)) || std::isinf(sd)) // constant, or nothing but round-off
         return {};
     return {"normal density, mean " + rounded(mean, 4) + ", sd " + rounded(sd, 4),
             [=](double x) { return d_normal(x, mean, sd); }};

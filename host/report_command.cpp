@@ -125,7 +125,7 @@ void add_scatter(ReportPage& page, const Pair& pair)
                 {said("Correlation", [&] { return correlation_test(*pair.x, *pair.y, s_level); })});
 }
 
-void add_correlations(ReportPage& page, const Columns& columns)
+void add_correlations(ReportPage& page, const Columns& columns, const Column* by)
 {
     if (columns.size() < 2)
         return;
@@ -149,7 +149,7 @@ void add_correlations(ReportPage& page, const Columns& columns)
             }
             cells.push_back(rounded(s.r, 3) + (s.p < s_level ? " *" : ""));
             shade.push_back(s.r);
-            if (i < j && std::isfinite(s.r) && s.count > 4)
+            if (i < j && std::isfinite(s.r) && s.count > 4 && columns[i] != by && columns[j] != by)
                 pairs.push_back({columns[i], columns[j], s.r});
         }
         table.add(cells);
@@ -191,8 +191,9 @@ void report(const ReportOptions& options)
         page.paragraph("The first " + std::to_string(columns.size()) + " of " + std::to_string(all) +
                        " columns of numbers; --columns chooses others.");
     add_distributions(page, columns);
-    add_correlations(page, columns);
-    if (const Column* const by = grouping_column(options, file))
+    const Column* const by = grouping_column(options, file);
+    add_correlations(page, columns, by);
+    if (by)
         add_groups(page, columns, *by);
     OutputFile out(options.output);
     out.write(page.text());

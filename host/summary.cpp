@@ -3,6 +3,7 @@
 #include "host/data_file.h"
 #include "host/error.h"
 #include "host/table.h"
+#include "host/utf8.h"
 
 #include <qmml/descstat.h>
 
@@ -47,7 +48,8 @@ std::vector<double> summary_numbers(const Summary& s)
 
 std::vector<std::string> summary_cells(const std::string& name, const Summary& summary)
 {
-    std::vector<std::string> cells = {name, std::to_string(summary.count), std::to_string(summary.missing)};
+    std::vector<std::string> cells = {shortened(name, 40), std::to_string(summary.count),
+                                      std::to_string(summary.missing)};
     for (const double value : summary_numbers(summary))
         cells.push_back(rounded(value));
     return cells;

@@ -115,7 +115,7 @@ void test_multiple(const TestOptions& options, const DataFile& file)
         std::vector<double> some_x = fitted, some_y = y.values;
         choose_pairs(some_x, some_y);
         const std::string name = printable(y.name);
-        const plot::Points curve = {{some_x.front(), some_x.front()}, {some_x.back(), some_x.back()}};
+        const plot::Points curve = points_of(some_x, some_x); // it ends where the picture does
         write_picture(options.picture,
                       scatter_picture({name + ", observed and fitted", "fitted " + name, name, "fitted = observed"},
                                       points_of(fitted, y.values), curve));

@@ -100,7 +100,7 @@ void begin_step(double* columns, int n, std::int64_t stride, const Pivot& pivot)
 
 Status small_inverse(double* a, int n) noexcept
 {
-    SmallElimination elimination(a, n, true);
+    SmallElimination elimination(a, n);
     Pivot pivots[SmallElimination::s_largest];
     for (int step = 0; step < n; ++step) {
         if (break_requested())

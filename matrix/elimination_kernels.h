@@ -25,10 +25,11 @@ struct Elimination {
     std::int64_t rows;   // of a column, those that are there: n, or with the padding
     std::int64_t padded; // the length of an array: a multiple of 16, or of 8 without panels
     bool inverse;        // else used rows and columns do not matter any more
-    bool panels;         // else every step is taken by all at once, and the order is at most 64
+    bool panels;         // else every step is taken by all at once; an inverse is then at most 64 x 64
     double* columns;
     double* magnitude; // by row: the bits to keep in the search, all but the sign; none when used or beyond n
-    double* largest;   // by column: the largest magnitude, or above it when steps are pending; -1 when used or beyond n
+    double* largest;   // by column, in long columns by place in the list: the largest magnitude, or above it when steps
+                       // are pending; -1 when used or beyond n
     double* multiples; // by step and row: how often the pivot row is subtracted
     double* pivot_row; // by step and column: the pivot row after its division
     double* applied;   // by column: steps of the panel that it has taken

@@ -24,10 +24,7 @@ struct SingleSteps {
     static_assert(s_rows <= 64);
 
     // Only the last cache line of a column may end before its vectors do. What is not there is never used.
-    static bool is_there(const Elimination& e, int v) noexcept
-    {
-        return v * L::width <= s_rows - 8 || v * L::width < e.rows;
-    }
+    static bool is_there(const Elimination& e, int v) noexcept { return v * L::width < e.rows; }
 
     static D load(const Elimination& e, const double* x, int v) noexcept
     {

@@ -1,4 +1,5 @@
-// The elimination of a matrix so small that arranging it for vectors would take longer than the elimination.
+// The elimination for the inverse of a matrix so small that arranging it for vectors would take longer than the
+// elimination.
 #pragma once
 
 #include "matrix/elimination_kernels.h"
@@ -12,8 +13,8 @@ class SmallElimination {
 public:
     static constexpr int s_largest = 6;
 
-    // Works in place. For a determinant only what is not used yet matters.
-    SmallElimination(double* a, int n, bool inverse) noexcept : m_a(a), m_n(n), m_inverse(inverse), m_left(n)
+    // Works in place.
+    SmallElimination(double* a, int n) noexcept : m_a(a), m_n(n), m_left(n)
     {
         for (int j = 0; j < n; ++j)
             m_order[j] = j;
@@ -45,17 +46,13 @@ public:
             multiples[i] = std::exchange(at(i, c), 0.0);
         multiples[r] = multiples[c];
         at(r, c) = 1.0;
-        const int lines = m_inverse ? m_n : m_left;
-        for (int q = 0; q < lines; ++q) {
-            const int j = m_order[q];
+        for (int j = 0; j < m_n; ++j) {
             const double factor = at(r, j) / pivot.value;
             at(r, j) = at(c, j);
             at(c, j) = factor;
-            for (int p = 0; p < lines; ++p) {
-                const int i = m_order[p];
+            for (int i = 0; i < m_n; ++i)
                 if (i != c)
                     at(i, j) -= factor * multiples[i];
-            }
         }
     }
 
@@ -75,7 +72,6 @@ private:
 
     double* const m_a;
     const int m_n;
-    const bool m_inverse;
     int m_left;
     int m_order[s_largest] = {};
 };

@@ -1,5 +1,5 @@
-// The elimination for a determinant of a matrix so small that it stays in registers: each step leaves a matrix that is
-// one smaller. Where the pivot stands is computed and not branched upon, since it cannot be guessed.
+// The elimination for the determinant of a small matrix: each step leaves one that is a row and a column smaller. Where
+// the pivot stands is computed, not branched upon, since it cannot be guessed.
 #pragma once
 
 #include "matrix/elimination_kernels.h"

@@ -3,34 +3,33 @@
 #include <algorithm>
 #include <bit>
 #include <utility>
-#include <cstdlib>
 
 namespace qmml::matrix {
 
-static constexpr int s_longest_short_column = 64;
+static bool takes_panels(int n, bool inverse) noexcept
+{
+    constexpr int largest_determinant = 384, largest_inverse = 64;
+    return n > (inverse ? largest_inverse : largest_determinant);
+}
 
 static std::int64_t padded_of(int n, bool panels) noexcept
 {
-    return panels ? (std::int64_t{n} + 15) / 16 * 16 : (std::int64_t{n} + 7) / 8 * 8;
+    const std::int64_t group = panels ? 16 : 8;
+    return (n + group - 1) / group * group;
 }
 
 // In long columns an odd number of groups of rows keeps the elements of a row out of each other's way in the caches.
 static std::int64_t stride_of(int n, bool panels) noexcept
 {
     const std::int64_t padded = padded_of(n, panels);
-    return panels ? padded | 16 : n > s_longest_short_column ? padded | 8 : padded;
-}
-
-static bool takes_panels(int n, bool inverse) noexcept
-{
-    static const int s_limit = getenv("LIM") ? atoi(getenv("LIM")) : 128;
-    return n > (inverse ? 64 : s_limit);
+    return padded <= 64 ? padded : padded | (panels ? 16 : 8);
 }
 
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the arrays for small orders are filled as far as needed
 EliminationWork::EliminationWork(const double* a, int n, double* inverse) noexcept
 {
-    const bool panels = takes_panels(n, inverse != nullptr), few = n <= s_largest_on_stack, in_place = inverse != nullptr && !few;
+    const bool panels = takes_panels(n, inverse != nullptr), few = n <= s_largest_on_stack,
+               in_place = inverse != nullptr && !few;
     const std::int64_t panel = panels ? s_longest_panel : 1;
     Elimination& e = m_elimination;
     e.n = n;
@@ -94,13 +93,12 @@ void EliminationWork::mark_unused() noexcept
         std::fill_n(e.applied, e.padded, 0.0);
 }
 
-static const int s_frac = getenv("FRAC") ? atoi(getenv("FRAC")) : 4;
 void EliminationWork::drop_used(Pivot& pivot) noexcept
 {
     Elimination& e = m_elimination;
     const int left = e.listed_count;
     const bool panels = takes_panels(left, false);
-    if (left > e.n - e.n / s_frac && panels == e.panels)
+    if (left > e.n - e.n / 4 && panels == e.panels)
         return;
     const std::int64_t stride = stride_of(left, panels);
     if (stride == e.stride || e.stride <= s_largest_on_stack)

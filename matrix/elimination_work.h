@@ -39,8 +39,7 @@ public:
 
 private:
     static constexpr int s_largest_on_stack = 16;
-    static constexpr int s_largest_single = 64; // beyond it, reading and writing costs more than keeping the books
-    static constexpr int s_line = 8;            // numbers on a cache line
+    static constexpr int s_line = 8; // numbers on a cache line
 
     void mark_unused() noexcept;
 

@@ -7,7 +7,7 @@
 
 namespace qmml::matrix {
 
-inline constexpr int s_panel = 8; // columns factored together, and the order of the triangles solved directly
+inline constexpr int s_panel = 8;        // columns factored together, and the order of the triangles solved directly
 inline constexpr int s_stack_order = 16; // orders up to this one need no memory block
 
 struct SolveKernels {

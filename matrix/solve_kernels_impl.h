@@ -211,8 +211,8 @@ struct SolveImplementation {
         Columns<L, true>::take(r, {a, n}, x, 1, n, n);
     }
 
-    static constexpr SolveKernels kernels = {copy_and_measure, factor_panel, solve_lower, Substitution<L>::run,
-                                             residual,         solve_on_stack<L>};
+    static constexpr SolveKernels kernels = {copy_and_measure,     factor_panel, solve_lower,
+                                             Substitution<L>::run, residual,     solve_on_stack<L>};
 };
 
 } // namespace qmml::matrix

@@ -25,15 +25,13 @@ public:
     static Status solve(double* a, double* b, int n, int m) noexcept
     {
         StackSystem system(a, n);
-        if (const Status status = system.factor(); status != Status::success)
+        if (const Status status = system.factor(m > 0 ? b : nullptr); status != Status::success)
             return status;
         system.arrange_factors();
         for (int j = 0; j < m; ++j)
-            system.solve_column(b + std::ptrdiff_t{j} * n);
+            system.solve_column(b + std::ptrdiff_t{j} * n, j == 0);
         for (int j = 0; j < n; ++j)
-#pragma GCC unroll 8
-            for (int v = 0; v < V; ++v)
-                system.put(a + j * n, v, L::load(system.m_factors + j * s_rows + v * L::width));
+            system.put(a + std::ptrdiff_t{j} * n, load(system.column(j)));
         return Status::success;
     }
 
@@ -48,39 +46,42 @@ private:
     StackSystem(const double* a, int n) noexcept : m_a(a), m_n(n)
     {
         for (int i = 0; i < s_stack_order; ++i)
-            m_order[i] = static_cast<std::uint64_t>(i);
+            m_order[i] = s_integers[i];
     }
 
     static D lanes(int v) noexcept { return L::load(s_numbers + v * L::width); }
-    static M same(D a, D b) noexcept { return L::negate(L::differ(a, b)); } // numbers
+    static M same(D a, D b) noexcept { return L::negate(L::differ(a, b)); }
     static D magnitude(D v) noexcept { return L::as_number(L::as_bits(v) & L::bits(INT64_MAX)); }
     static D compared(D v) noexcept { return L::as_number(L::as_bits(v) & L::bits(s_compared)); }
     static std::uint64_t bits_of(double v) noexcept { return __builtin_bit_cast(std::uint64_t, v); }
 
+    const double* given(int j) const noexcept { return m_a + std::ptrdiff_t{j} * m_n; }
+    const double* column(int j) const noexcept { return m_factors + std::ptrdiff_t{j} * s_rows; }
+    double* column(int j) noexcept { return m_factors + std::ptrdiff_t{j} * s_rows; }
     M there(int v) const noexcept { return L::less(lanes(v), L::set(m_n)); }
     D get(const double* p, int v) const noexcept
     {
         return v < V - 1 ? L::load(p + v * L::width) : L::load_first(p + v * L::width, m_n - v * L::width);
     }
-    void put(double* p, int v, D value) const noexcept
-    {
-        v < V - 1 ? L::store(p + v * L::width, value) : L::store_first(p + v * L::width, value, m_n - v * L::width);
-    }
 
-    Status factor() noexcept
+    // The first right-hand side, which may be null, goes along as one more column: that takes no time of its own.
+    Status factor(const double* b) noexcept
     {
         Elimination e;
         if (!begin(e))
             return Status::singular;
         const int last = m_n - 1;
-        std::uint64_t position = search(e, m_factors, 0);
+#pragma GCC unroll 8
+        for (int v = 0; v < V; ++v)
+            L::store(column(m_n) + v * L::width, b != nullptr ? get(b, v) : L::set(0.0));
+        std::uint64_t position = search(e, column(0), 0);
         for (int j = 0; j <= last; ++j) {
             if (break_requested())
                 return Status::stopped;
             if (j < last)
                 position = eliminate(e, j, position);
         }
-        replace_zero(m_factors[m_order[last] + static_cast<std::size_t>(last * s_rows)]);
+        replace_zero(column(last)[bits_of(m_order[last])]);
         return Status::success;
     }
 
@@ -93,18 +94,18 @@ private:
     // Copies and measures.
     bool begin(Elimination& e) noexcept
     {
-        const int n = m_n;
         D largest[V];
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v)
             largest[v] = L::set(0.0);
-        for (int j = 0; j < n; ++j)
+        for (int j = 0, n = m_n; j < n; ++j) {
 #pragma GCC unroll 8
             for (int v = 0; v < V; ++v) {
-                const D value = get(m_a + j * n, v), size = magnitude(value);
-                L::store(m_factors + j * s_rows + v * L::width, value);
+                const D value = get(given(j), v), size = magnitude(value);
+                L::store(column(j) + v * L::width, value);
                 largest[v] = L::select(L::less(compared(largest[v]), compared(size)), size, largest[v]);
             }
+        }
         bool regular = true;
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v) {
@@ -112,26 +113,26 @@ private:
             const D size = L::select(e.alive[v], largest[v], L::set(1.0));
             regular &= !L::any(L::less(compared(size), compared(L::set(s_tiny))));
             e.scale[v] = L::set(1.0) / size;
-            e.positions[v] = L::load(s_position_bits + v * L::width);
+            e.positions[v] = L::load(s_integers + v * L::width);
         }
         return regular;
     }
 
     // The position of the greatest merit among those alive, of equal ones the last; NaNs have none. The bits that the
     // comparison does not look at hold the position, so that one maximum finds both.
-    static std::uint64_t search(const Elimination& e, const double* column, int first) noexcept
+    static std::uint64_t search(const Elimination& e, const double* elements, int first) noexcept
     {
         D merits[V], best = L::set(0.0);
-        M finite = L::less(best, L::set(1.0));
+        bool finite = true;
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v) {
-            const D merit = L::load(column + v * L::width) * e.scale[v];
+            const D merit = L::load(elements + v * L::width) * e.scale[v];
             const auto marked = (L::as_bits(merit) & L::bits(s_compared)) | L::as_bits(e.positions[v]);
             merits[v] = L::select(e.alive[v], L::as_number(marked), L::set(0.0));
-            finite = L::both(finite, L::less(merits[v], L::as_number(L::bits(s_infinity))));
+            finite &= !L::any(L::negate(L::less(merits[v], L::as_number(L::bits(s_infinity)))));
             best = v == 0 ? merits[v] : L::larger(best, merits[v]);
         }
-        return L::any(L::negate(finite)) ? search_infinite(merits, first) : bits_of(L::largest_of(best)) & 15;
+        return finite ? bits_of(L::largest_of(best)) & 15 : search_infinite(merits, first);
     }
 
     [[gnu::noinline]] static std::uint64_t search_infinite(const D (&merits)[V], int first) noexcept
@@ -149,12 +150,13 @@ private:
     // The step of column j, which is not the last and whose pivot has been found; the position of the next one.
     std::uint64_t eliminate(Elimination& e, int j, std::uint64_t position) noexcept
     {
-        const std::uint64_t row = m_order[position], displaced = m_order[j];
+        const std::uint64_t row = bits_of(m_order[position]);
+        const double displaced = m_order[j];
+        m_order[j] = m_order[position];
         m_order[position] = displaced;
-        m_order[j] = row;
-        double* const column = m_factors + j * s_rows;
-        replace_zero(column[row]);
-        const D pivot = L::set(column[row]);
+        double* const pivots = column(j);
+        replace_zero(pivots[row]);
+        const D pivot = L::set(pivots[row]);
         D ratios[V];
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v) {
@@ -162,9 +164,9 @@ private:
             e.alive[v] = L::both(e.alive[v], L::any_bit(positions ^ L::bits(position)));
             const M stays = L::any_bit(positions ^ L::bits(static_cast<std::uint64_t>(j)));
             e.positions[v] = L::select(stays, e.positions[v], L::as_number(L::bits(position)));
-            const D old = L::load(column + v * L::width);
+            const D old = L::load(pivots + v * L::width);
             ratios[v] = L::select(e.alive[v], old, L::set(0.0)) / pivot;
-            L::store(column + v * L::width, L::select(e.alive[v], ratios[v], old));
+            L::store(pivots + v * L::width, L::select(e.alive[v], ratios[v], old));
         }
         const auto take = [&](double* later) {
             const D factor = L::set(later[row]);
@@ -174,13 +176,16 @@ private:
                 L::store(later + v * L::width, L::select(e.alive[v], old - ratios[v] * factor, old));
             }
         };
-        take(column + s_rows);
         const int n = m_n, next = j + 1;
+        take(column(next));
+        m_reached |= column(n)[row] != 0; // what L holds for leading zeros does not matter
+        if (m_reached)
+            take(column(n));
         if (next == n - 1)
             return static_cast<std::uint64_t>(next);
-        const std::uint64_t found = search(e, column + s_rows, next); // runs beside the other columns
+        const std::uint64_t found = search(e, column(next), next); // runs beside the other columns
         for (int k = next + 1; k < n; ++k)
-            take(m_factors + k * s_rows);
+            take(column(k));
         return found;
     }
 
@@ -212,70 +217,74 @@ private:
         return c;
     }
 
+    void put(double* p, const Column& c) const noexcept
+    {
+        constexpr int last = V - 1;
+#pragma GCC unroll 8
+        for (int v = 0; v < last; ++v)
+            L::store(p + v * L::width, c.parts[v]);
+        L::store_first(p + last * L::width, c.parts[last], m_n - last * L::width);
+    }
+
     static D element(const Column& c, int i) noexcept
     {
-        if constexpr (L::width == 8)
+        if constexpr (L::width == 8) {
             return L::pick(c.parts[0], c.parts[V - 1], L::bits(static_cast<std::uint64_t>(i)));
-        double all[s_rows];
-        store(all, c);
-        return L::set(all[i]);
+        } else {
+            double all[s_rows];
+            store(all, c);
+            return L::set(all[i]);
+        }
     }
 
     // Rows in the order of their positions, and zeros where there are no rows.
     Column arranged(const Column& c) const noexcept
     {
         Column result;
-        if constexpr (L::width == 8) {
-#pragma GCC unroll 8
-            for (int v = 0; v < V; ++v) {
-                const D picked = L::pick(c.parts[0], c.parts[V - 1], L::load_bits(m_order + v * L::width));
-                result.parts[v] = L::select(there(v), picked, L::set(0.0));
-            }
-        } else {
-            double from[s_rows], to[s_rows];
+        double from[s_rows];
+        if constexpr (L::width < 8)
             store(from, c);
-            for (int i = 0; i < s_rows; ++i)
-                to[i] = i < m_n ? from[m_order[i]] : 0.0;
-            result = load(to);
+#pragma GCC unroll 8
+        for (int v = 0; v < V; ++v) {
+            const auto rows = L::as_bits(L::load(m_order + v * L::width));
+            if constexpr (L::width == 8)
+                result.parts[v] = L::pick(c.parts[0], c.parts[V - 1], rows);
+            else
+                result.parts[v] = L::gather(from, rows);
+            result.parts[v] = L::select(there(v), result.parts[v], L::set(0.0));
         }
         return result;
     }
 
     void arrange_factors() noexcept
     {
-        for (int j = 0, n = m_n; j < n; ++j)
-            store(m_factors + j * s_rows, arranged(load(m_factors + j * s_rows)));
+        for (int j = 0, n = m_n; j <= n; ++j)
+            store(column(j), arranged(load(column(j))));
     }
 
-    void solve_column(double* b) const noexcept
+    void solve_column(double* b, bool first) const noexcept
     {
-        Column x = arranged(get(b));
-        substitute(x);
-        for (int round = 0; round < 2; ++round) {
-            Column correction = arranged(residual(x, b));
-            substitute(correction);
-            if (!correct(x, correction))
-                break;
-        }
-#pragma GCC unroll 8
-        for (int v = 0; v < V; ++v)
-            put(b, v, x.parts[v]);
+        Column x = first ? load(column(m_n)) : lower(arranged(get(b)));
+        x = upper(x);
+        if (correct(x, upper(lower(arranged(residual(x, b))))))
+            correct(x, upper(lower(arranged(residual(x, b)))));
+        put(b, x);
     }
 
     // Takes a column times factor off the rows that reached tells.
     template <class Reached>
-    static void take(Column& x, const double* column, D factor, Reached reached) noexcept
+    static void take(Column& x, const double* elements, D factor, Reached reached) noexcept
     {
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v) {
             const M here = reached(lanes(v));
-            const D part = L::select(here, L::load(column + v * L::width), L::set(0.0));
+            const D part = L::select(here, L::load(elements + v * L::width), L::set(0.0));
             x.parts[v] = L::select(here, x.parts[v] - part * factor, x.parts[v]);
         }
     }
 
     // The next element is worked out by itself, ahead of the rest of its column: it alone is waited for.
-    void substitute(Column& x) const noexcept
+    Column lower(Column x) const noexcept
     {
         const int last = m_n - 1;
         int k = 0;
@@ -283,22 +292,28 @@ private:
         while (k < last && !L::any(L::negate(same(value, L::set(0.0))))) // what L holds for these does not matter
             value = element(x, ++k);
         for (; k < last; ++k) {
-            const double* const column = m_factors + k * s_rows;
-            const D next = element(x, k + 1) - L::set(column[k + 1]) * value;
-            take(x, column, value, [reached = L::set(s_numbers[k])](D lane) { return L::less(reached, lane); });
+            const double* const l = column(k);
+            const D next = element(x, k + 1) - L::set(l[k + 1]) * value;
+            take(x, l, value, [reached = L::set(s_numbers[k])](D lane) { return L::less(reached, lane); });
             value = next;
         }
-        const double* column = m_factors + last * s_rows;
-        value = value / L::set(column[last]);
-        for (; k > 0; --k, column -= s_rows) {
-            const D next = (element(x, k - 1) - L::set(column[k - 1]) * value) / L::set((column - s_rows)[k - 1]);
-            take(x, column, value, [reached = L::set(s_numbers[k])](D lane) { return L::less(lane, reached); });
-            put(x, k, value);
-            value = next;
-        }
-        put(x, 0, value);
+        return x;
     }
-    static void put(Column& x, int i, D value) noexcept
+    Column upper(Column x) const noexcept
+    {
+        int k = m_n - 1;
+        D value = element(x, k) / L::set(column(k)[k]);
+        for (; k > 0; --k) {
+            const double* const u = column(k);
+            const D next = (element(x, k - 1) - L::set(u[k - 1]) * value) / L::set(column(k - 1)[k - 1]);
+            take(x, u, value, [reached = L::set(s_numbers[k])](D lane) { return L::less(lane, reached); });
+            set_element(x, k, value);
+            value = next;
+        }
+        set_element(x, 0, value);
+        return x;
+    }
+    static void set_element(Column& x, int i, D value) noexcept
     {
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v)
@@ -313,12 +328,11 @@ private:
 #pragma GCC unroll 8
         for (int v = 0; v < V; ++v)
             sums.parts[v] = -sums.parts[v];
-        const int n = m_n;
-        for (int k = 0; k < n; ++k) {
+        for (int k = 0, n = m_n; k < n; ++k) {
             const D factor = L::set(all[k]);
 #pragma GCC unroll 8
             for (int v = 0; v < V; ++v)
-                sums.parts[v] = sums.parts[v] + get(m_a + k * n, v) * factor;
+                sums.parts[v] = sums.parts[v] + get(given(k), v) * factor;
         }
         return sums;
     }
@@ -338,33 +352,26 @@ private:
         return large;
     }
 
-    static constexpr double s_position_bits[] = {
+    static constexpr double s_integers[] = {
         0x0p-1074, 0x1p-1074, 0x2p-1074, 0x3p-1074, 0x4p-1074, 0x5p-1074, 0x6p-1074, 0x7p-1074,
         0x8p-1074, 0x9p-1074, 0xap-1074, 0xbp-1074, 0xcp-1074, 0xdp-1074, 0xep-1074, 0xfp-1074,
     };
 
     const double* const m_a;
     const int m_n;
-    std::uint64_t m_order[s_stack_order]; // the row of each position
-    alignas(64) double m_factors[s_stack_order * s_rows];
+    bool m_reached = false;        // the first right-hand side's first number that is not 0
+    double m_order[s_stack_order]; // the row of each position, as bits of an integer
+    alignas(64) double m_factors[(s_stack_order + 1) * s_rows];
 };
 
-template <class L>
+// With as few vectors as hold a column.
+template <class L, int V = 1>
 Status solve_on_stack(double* a, double* b, int n, int m) noexcept
 {
-    using Solver = Status (*)(double*, double*, int, int) noexcept;
-    constexpr int last = s_stack_order / L::width - 1;
-    static constexpr Solver s_solvers[] = {
-        StackSystem<L, 1>::solve,
-        StackSystem<L, 2>::solve,
-        StackSystem<L, last < 2 ? 1 : 3>::solve,
-        StackSystem<L, last < 3 ? 1 : 4>::solve,
-        StackSystem<L, last < 4 ? 1 : 5>::solve,
-        StackSystem<L, last < 5 ? 1 : 6>::solve,
-        StackSystem<L, last < 6 ? 1 : 7>::solve,
-        StackSystem<L, last < 7 ? 1 : 8>::solve,
-    };
-    return s_solvers[(n - 1) / L::width](a, b, n, m);
+    if constexpr (V * L::width < s_stack_order)
+        if (n > V * L::width)
+            return solve_on_stack<L, V + 1>(a, b, n, m);
+    return StackSystem<L, V>::solve(a, b, n, m);
 }
 
 } // namespace qmml::matrix

@@ -19,9 +19,9 @@ Axis Axis::around(double low, double high, double margin)
     const double width = high - low;
     if (width <= s_least_relative_width * size || width < 1e-290) {
         const double half = size < 1e-290 ? 0.5 : std::max(0.1 * size, s_least_relative_width);
-        return {low - half, high + half};
+        return {.low = low - half, .high = high + half};
     }
-    return {low - margin * width, high + margin * width};
+    return {.low = low - margin * width, .high = high + margin * width};
 }
 
 static double round_step(double least)
@@ -55,7 +55,7 @@ static std::string tick_label(double value, double step, double largest)
 
 std::vector<Tick> Axis::ticks(int most) const
 {
-    const double step = round_step((high - low) / std::max(most, 1));
+    const double step = round_step(std::max((high - low) / std::max(most, 1), finest));
     const double largest = std::max(std::fabs(low), std::fabs(high));
     std::vector<Tick> result;
     const double first = std::ceil(low / step - 1e-9);

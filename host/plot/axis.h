@@ -14,6 +14,7 @@ struct Tick {
 // From low to high, where high > low and both are of a size that can be drawn.
 struct Axis {
     double low = 0, high = 1;
+    double finest = 0; // ticks are no closer
 
     // The values with their share of the range set free on both sides; a range without width gets one.
     static Axis around(double low, double high, double margin = 0.04);

@@ -15,13 +15,15 @@ struct Bins {
     std::vector<double> counts;
 };
 
+// The largest round number that is not much above.
 double round_width(double width)
 {
-    const double power = std::pow(10, std::floor(std::log10(width)));
-    for (const double factor : {1.0, 2.0, 2.5, 5.0})
-        if (width <= factor * power * (1 + 1e-9))
-            return factor * power;
-    return 10 * power;
+    const double power = std::pow(10, std::floor(std::log10(1.25 * width)));
+    double result = power;
+    for (const double factor : {2.0, 2.5, 5.0})
+        if (factor * power <= 1.25 * width)
+            result = factor * power;
+    return result;
 }
 
 // As wide as Freedman and Diaconis (1981) advise, rounded; whole numbers lie in the middle of theirs.
@@ -88,7 +90,7 @@ void draw_histogram(Svg& svg, const Box& box, const std::string& name, const std
     for (const auto& point : curve)
         if (point.second < 1.6 * highest)
             top = std::max(top, point.second);
-    const Frame frame(svg, box, {name, name, "count", density.name}, x, {0, 1.05 * top});
+    const Frame frame(svg, box, {name, name, "count", density.name}, x, {0, 1.05 * top, 1});
     for (std::size_t i = 0; i < bins.counts.size(); ++i)
         if (bins.counts[i] > 0) {
             const double left = bins.start + bins.width * static_cast<double>(i);

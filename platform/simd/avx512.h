@@ -89,7 +89,6 @@ struct Avx512Lane {
         }
     }
 
-    static I load_bits(const std::uint64_t* p) noexcept { return reinterpret_cast<I>(_mm512_loadu_si512(p)); }
     // The lanes of index, those of high counted from 8 on.
     static D pick(D low, D high, I index) noexcept
     {

@@ -183,7 +183,11 @@ void expect_plain(const Matrix& a, int n)
         SCOPED_TRACE(static_cast<int>(level));
         const qmml::platform::ForcedLevel forced(level);
         Matrix inverse = a;
+        const Matrix behind(16, 7.0); // what follows the matrix stays
+        inverse.insert(inverse.end(), behind.begin(), behind.end());
         EXPECT_EQ(qmml::matrix::invert_in_place(inverse.data(), n), plain.status);
+        EXPECT_TRUE(std::equal(behind.begin(), behind.end(), inverse.end() - 16));
+        inverse.resize(a.size());
         EXPECT_EQ(bits(inverse), bits(plain.a));
         double value = 7.0;
         EXPECT_EQ(qmml::matrix::determinant(a.data(), n, value), status_expected);
@@ -198,6 +202,24 @@ TEST(Elimination, HasTheBitsOfThePlainLoopOnEveryLevel)
             SCOPED_TRACE(testing::Message() << kind.name << ", n = " << n);
             expect_plain(matrix_of(kind, n, static_cast<unsigned>(n)), n);
         }
+}
+
+// Where a determinant takes panels too, and leaves them when few enough rows are left. The scales of the rows keep it
+// in range.
+TEST(Elimination, HasThePlainBitsOnLargeMatrices)
+{
+    const Kind kinds[] = {
+        {"uniform", [](int i, int, Random& random) { return std::exp2(-0.0099 * i) * uniform(random); }},
+        {"signs", [](int i, int, Random& random) { return std::ldexp(random() % 2 == 0 ? -1.0 : 1.0, -(i / 67)); }},
+    };
+    for (const auto& kind : kinds) {
+        SCOPED_TRACE(kind.name);
+        const int n = 401;
+        const Matrix a = matrix_of(kind, n, 1);
+        double value = 0.0;
+        EXPECT_EQ(qmml::matrix::determinant(a.data(), n, value), Status::success);
+        expect_plain(a, n);
+    }
 }
 
 TEST(Elimination, HasThePlainBitsOnManySmallIntegerMatrices)

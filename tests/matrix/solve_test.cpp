@@ -22,7 +22,8 @@ using qmml::matrix::solve_in_place;
 using qmml::matrix::Status;
 using Matrix = Eigen::MatrixXd;
 
-constexpr int s_orders[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 23, 24, 25, 31, 40, 63, 64, 65, 100, 137, 200};
+constexpr int s_orders[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  12,  13,  15, 16,
+                            17, 23, 24, 25, 31, 40, 63, 64, 65, 100, 137, 200};
 
 // Crout, column by column.
 bool textbook_factors(Matrix& a)
@@ -91,7 +92,8 @@ TEST(Solve, HasTheTextbooksFactorsAtEveryLevel)
         for (const bool signs : {false, true, true}) {
             SCOPED_TRACE(testing::Message() << "n " << n << (signs ? ", signs" : ", normal"));
             Matrix a = random_matrix(generator, n, n, signs);
-            const Matrix b = random_matrix(generator, n, 2, false);
+            Matrix b = random_matrix(generator, n, 2, false);
+            b.col(1) = b.col(0);
             if (!signs && n > 3)
                 a.row(n / 2) *= 1e-6; // the scale takes this back
             Matrix factors = a;
@@ -105,6 +107,7 @@ TEST(Solve, HasTheTextbooksFactorsAtEveryLevel)
                 if (first.size() == 0)
                     first = x;
                 EXPECT_TRUE(same_bits(x, first)) << "level " << int(level);
+                EXPECT_TRUE(same_bits(x.col(0), x.col(1))) << "level " << int(level);
             }
         }
 }
@@ -174,7 +177,8 @@ TEST(Solve, SurvivesWhatIsNotFinite)
     for (const int n : s_orders)
         for (double value :
              {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 1e308}) {
-            Matrix a = random_matrix(generator, n, n, false), b = random_matrix(generator, n, 1, false);
+            Matrix a = random_matrix(generator, n, n, false), b = Matrix::Zero(n, 2);
+            b.row(n / 2).setOnes();
             for (Eigen::Index i = 0; i < a.size(); i += 5)
                 a.data()[i] = value;
             Matrix textbook = a;
@@ -184,7 +188,22 @@ TEST(Solve, SurvivesWhatIsNotFinite)
                 Matrix lu = a, x = b;
                 ASSERT_EQ(solve(lu, x), regular ? Status::success : Status::singular);
                 EXPECT_TRUE(same_bits(lu, textbook)) << "n " << n << ", " << value << ", level " << int(level);
+                EXPECT_TRUE(same_bits(x.col(0), x.col(1))) << "n " << n << ", " << value << ", level " << int(level);
             }
+        }
+}
+
+TEST(Solve, TakesNothingOffForLeadingZeros)
+{
+    for (const auto level : qmml::platform::supported_levels())
+        for (int n : {4, 8, 12, 17}) {
+            const qmml::platform::ForcedLevel forced(level);
+            Matrix a = Matrix::Identity(n, n), b = Matrix::Zero(n, 2);
+            a.bottomRightCorner(2, 2) << 1e-10, 1e-10, 1e300, 1e308;
+            b.row(n - 1).setOnes();
+            ASSERT_EQ(solve(a, b), Status::success);
+            EXPECT_EQ(a(n - 1, n - 2), std::numeric_limits<double>::infinity()); // times 0 it would be a NaN
+            EXPECT_EQ(b, Matrix::Zero(n, 2)) << "n " << n << ", level " << int(level);
         }
 }
 
