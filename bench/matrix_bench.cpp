@@ -76,19 +76,19 @@ void make_general(Problem& p)
     p.b = random_numbers(size(p.rows), 2);
 }
 
-// The identity, its rows shuffled, and something random on top: whatever the order of the pivots, no product of some of
-// them leaves the range.
+// Random, with rows of different size: as elimination makes the elements grow, it comes to the smaller ones, and no
+// product of some pivots leaves the range.
 void make_for_determinant(Problem& p)
 {
     const std::size_t n = size(p.rows);
     p.a = random_numbers(n * n, 1);
-    for (double& v : p.a)
-        v *= std::sqrt(0.75 / p.rows);
-    std::vector<std::size_t> rows(n);
-    std::iota(rows.begin(), rows.end(), std::size_t{0});
-    std::shuffle(rows.begin(), rows.end(), std::mt19937_64(5));
+    Numbers scales(n);
+    for (std::size_t i = 0; i < n; ++i)
+        scales[i] = 1 / (1 + 0.35 * std::sqrt(static_cast<double>(i)));
+    std::shuffle(scales.begin(), scales.end(), std::mt19937_64(5));
     for (std::size_t j = 0; j < n; ++j)
-        p.a[j * n + rows[j]] += 1;
+        for (std::size_t i = 0; i < n; ++i)
+            p.a[j * n + i] *= scales[i];
 }
 
 void make_two(Problem& p)

@@ -33,9 +33,11 @@ Outcome guarded_call(Compute compute, Deliver deliver) noexcept
     if (const unsigned unit = platform::read_unit();
         (unit & platform::s_unit_masks) == platform::s_unit_masks && platform::t_guard_state == 0) [[likely]] {
         const Outcome outcome = attempt([] { return false; });
+        platform::clear_old_flags();
         platform::write_unit(unit & ~platform::fault::any);
         return outcome;
     }
+    platform::clear_old_flags();
     const platform::FloatGuard guard;
     return attempt([&] { return guard.faulted(platform::fault::serious); });
 }

@@ -109,7 +109,7 @@ RangeResult search_quantile(double p, double v, double r) noexcept
             overshot = false;
         }
     }
-    return {x, s_outside_or_no_convergence};
+    return {x < 0 ? 0 : x, s_outside_or_no_convergence};
 }
 
 // AS 190.1 with its second starting probability on the other side of the first one, and a stop that looks at the newest

@@ -83,7 +83,7 @@ bool two_proportions(Report& report, double p1, double p2, double size1, double 
     const double p = (p1 * size1 + p2 * size2) / (size1 + size2);
     const double error = pooled ? std::sqrt((1 / size1 + 1 / size2) * (1 - p) * p)
                                 : std::sqrt((1 - p1) * p1 / size1 + (1 - p2) * p2 / size2);
-    if (is_less_equal(error, 0.0))
+    if (error <= 0) // a NaN goes on and shows in the result
         return false;
     report.statistic = (p1 - p2) / error;
     return finish(report, one_sided);

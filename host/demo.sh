@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Formulas over the two data sets, with results to look at. Usage: host/demo.sh QMML_BINARY [OUTPUT_FOLDER]
+# Formulas and statistics over the two data sets, with results to look at. Usage: host/demo.sh QMML_BINARY [OUTPUT_FOLDER]
 set -euo pipefail
 
 qmml=${1:?usage: host/demo.sh QMML_BINARY [OUTPUT_FOLDER]}
@@ -64,3 +64,21 @@ run dist binom --pdf 0 1 2 3 --p 0.5 --n 3 --csv
 title "A mistake in a formula (exit code 2, nothing is written)"
 run eval 'V1 = sqrt(x) + speed' --data "$data/cars.csv" --x speed --output "$out/never.csv" 2>&1 ||
     printf 'exit code %d\n' $?
+
+title "Statistics of every column"
+run describe "$data/airquality.csv"
+
+title "Does the temperature depend on the month?"
+run test anova "$data/airquality.csv" --value Temp --by Month --svg "$out/temp.svg"
+
+title "Wind as a Weibull distribution"
+run fit weibull "$data/airquality.csv" --column Wind --svg "$out/wind.svg"
+
+title "Stopping distance, smoothed"
+run lowess "$data/cars.csv" --x speed --y dist --output "$out/smooth.csv" --svg "$out/smooth.svg"
+show "$out/smooth.csv" 5
+
+title "All of it on one page"
+run report "$data/airquality.csv" --output "$out/report.html"
+printf 'Pictures: %s\n' "$out"/*.svg
+printf 'Open in a browser: %s\n' "$out/report.html"

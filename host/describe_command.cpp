@@ -56,8 +56,9 @@ plot::Svg picture_of(const std::vector<const Column*>& columns)
                   "Histograms");
     for (std::size_t i = 0; i < columns.size(); ++i) {
         plot::Box box = s_panel;
-        box.x = box.width * static_cast<double>(i % across);
-        box.y = box.height * static_cast<double>(i / across);
+        const std::size_t row = i / across, place = i % across;
+        box.x = box.width * static_cast<double>(place);
+        box.y = box.height * static_cast<double>(row);
         const std::vector<double> sample = present(columns[i]->values);
         draw_histogram(svg, box, printable(columns[i]->name), sample, normal_density(sample));
     }

@@ -17,34 +17,42 @@ struct FitOptions {
     double location = 0;
 };
 
+Fit find_fit(const FitFamily& family, const std::vector<double>& sample, double location, Finding& finding)
+{
+    Fit result = fit_distribution(family, sample, location);
+    finding.figures.emplace_back("n", std::to_string(sample.size()));
+    for (std::size_t i = 0; i < family.parameters.size(); ++i)
+        finding.figures.emplace_back(family.parameters[i], rounded(result.parameters[i], 10));
+    if (sample.size() < 3)
+        return result;
+    measure_distance(family, sample, result);
+    finding.figures.emplace_back("D", rounded(result.distance));
+    finding.figures.emplace_back("p", bracket(result.level));
+    if (family.name == "normal")
+        finding.figures.emplace_back("p (Lilliefors)", bracket(result.lilliefors));
+    finding.conclusion = "D is the distance of Kolmogorov and Smirnov; its p does not know that the parameters were "
+                         "fitted, and is too large.";
+    return result;
+}
+
 void fit(const FitOptions& options)
 {
     const FitFamily& family = find_fit_family(options.family, true);
     const DataFile file(options.data);
     const std::vector<double> sample = present(file.numbers(options.column).values);
     const std::string name = printable(options.column);
-    try {
-        Fit result = fit_distribution(family, sample, options.location);
-        Finding finding;
-        finding.title = std::string("Maximum likelihood fit of a ") + family.title + " distribution to " + name;
-        finding.figures.emplace_back("n", std::to_string(sample.size()));
-        for (std::size_t i = 0; i < family.parameters.size(); ++i)
-            finding.figures.emplace_back(family.parameters[i], rounded(result.parameters[i], 10));
-        if (sample.size() > 2) {
-            measure_distance(family, sample, result);
-            finding.figures.emplace_back("D", rounded(result.distance));
-            finding.figures.emplace_back("p", bracket(result.level));
-            if (family.name == "normal")
-                finding.figures.emplace_back("p (Lilliefors)", bracket(result.lilliefors));
-            finding.conclusion = "D is the distance of Kolmogorov and Smirnov; its p does not know that the parameters "
-                                 "were fitted, and is too large.";
+    Finding finding;
+    const Fit result = [&] {
+        try {
+            return find_fit(family, sample, options.location, finding);
+        } catch (const Error& error) {
+            throw Error(name + ": " + error.what());
         }
-        if (!options.picture.empty())
-            write_picture(options.picture, histogram_picture(name, sample, fitted_density(family, result.parameters)));
-        write_to_stdout(finding.text());
-    } catch (const Error& error) {
-        throw Error(name + ": " + error.what());
-    }
+    }();
+    finding.title = std::string("Maximum likelihood fit of a ") + family.title + " distribution to " + name;
+    if (!options.picture.empty())
+        write_picture(options.picture, histogram_picture(name, sample, fitted_density(family, result.parameters)));
+    write_to_stdout(finding.text());
 }
 
 } // namespace

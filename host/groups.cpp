@@ -21,6 +21,7 @@ std::vector<std::string> labels_in_order(const Column& column)
         if (!is_missing_cell(column.cells[i]))
             labels.emplace(column.values[i], column.cells[i]);
     std::vector<std::string> result;
+    result.reserve(labels.size());
     for (const auto& label : labels)
         result.push_back(label.second);
     return result;

@@ -24,6 +24,7 @@ static std::vector<std::size_t> order_of(const std::vector<double>& x, const std
 static std::vector<double> picked(const std::vector<double>& values, const std::vector<std::size_t>& order)
 {
     std::vector<double> result;
+    result.reserve(order.size());
     for (const std::size_t i : order)
         result.push_back(values[i]);
     return result;

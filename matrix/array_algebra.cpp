@@ -177,7 +177,8 @@ int QelMatrixCorrelations(const double* data, double* R, int dR, int dC, int rR,
     int failed_column = 0;
     return array_call(
         {{data, {dR, dC}}, {R, {rR, rC}}}, {{rR == rC, Error::not_square}, {rR == dC, Error::not_conforming}},
-        [&] { return correlations(data, dR, dC, R, centred != 0, failed_column); }, {{3, Error::no_variance}});
+        [&] { return correlations(data, dR, dC, R, centred != 0, failed_column); }, {{3, Error::no_variance}}, [] {},
+        Error::stopped);
 }
 
 int QelMatrixCrossProductOfDev(const double* data, double* P, int dR, int dC, int pR, int pC, int centred)

@@ -78,15 +78,18 @@ bool accepted(std::initializer_list<Array> arrays, std::initializer_list<Rule> r
 // Reports what the status means; true for success.
 bool reported_success(Status status, std::initializer_list<Meaning> meanings) noexcept;
 
-// work() gives a Status; deliver() writes what it has kept back, on success and on failure but not after a fault.
+// work() gives a Status; deliver() writes what it has kept back, on success and on failure but not after a fault, which
+// has no code unless one is named.
 template <class Work, class Deliver>
 int array_call(std::initializer_list<Array> arrays, std::initializer_list<Rule> rules, Work work,
-               std::initializer_list<Meaning> meanings, Deliver deliver) noexcept
+               std::initializer_list<Meaning> meanings, Deliver deliver, Error on_fault = Error::none) noexcept
 {
     if (!accepted(arrays, rules))
         return 0;
     Status status = Status::success;
     const Outcome outcome = guarded_call([&] { return (status = work()) == Status::success; }, deliver);
+    if (outcome == Outcome::fault)
+        report(on_fault);
     return outcome != Outcome::fault && reported_success(status, meanings);
 }
 

@@ -4,6 +4,7 @@
 #include "matrix/blocks.h"
 #include "matrix/matrix_file.h"
 #include "numtext/settings.h"
+#include "platform/float_guard.h"
 
 #include <qmml/core.h>
 #include <qmml/matrix.h>
@@ -41,6 +42,7 @@ int QelMatrixWrite(const char* file, const double* A, int aR, int aC)
             platform::remove_file(file);
         return fail(Error::file_not_opened);
     }
+    const platform::FloatGuard guard; // for the flags
     const NumberTextLock lock;
     IniCon__(QMML_GENERAL_FORMAT, 15, 15);
     const bool written = write_matrix(output, A, {aR, aC}, decimal_separator());
@@ -58,6 +60,7 @@ int QelMatrixRead(const char* file, double* A, int aR, int aC)
     if (!input.is_open())
         return fail(Error::file_not_opened);
     fill_block(A, aR, {aR, aC}, 0.0);
+    const platform::FloatGuard guard;
     const NumberTextLock lock;
     Ini_GN(13);
     return read_matrix(input, A, {aR, aC}, line.data());

@@ -43,8 +43,13 @@ public:
                     return Status::not_converged;
                 chase(l, k);
             }
-        for (int k = 0; k < m_n; ++k)
+        for (int k = 0; k < m_n; ++k) {
             m_d[k] *= m_unscale;
+            if (is_less(m_d[k], 0.0)) {
+                m_d[k] = -m_d[k];
+                m_sink.negate_right(k);
+            }
+        }
         return Status::success;
     }
 
@@ -91,10 +96,6 @@ private:
                 break;
             }
             --l;
-        }
-        if (l == k && is_less(m_d[k], 0.0)) {
-            m_d[k] = -m_d[k];
-            m_sink.negate_right(k);
         }
         return l;
     }

@@ -4,6 +4,7 @@
 #include "core/break_check.h"
 #include "matrix/moments_kernels.h"
 #include "matrix/rounded_difference.h"
+#include "platform/float_guard.h"
 #include "platform/memory_hints.h"
 
 #include <algorithm>
@@ -158,6 +159,9 @@ public:
                 m_means[i] += m_shifts[i].subtrahend;
             m_squares[i] = row(i, i)[i % s_strip];
         }
+        // What fills up the last strip must not raise a fault when the others are divided.
+        for (int i = m_variables; i < m_strips * s_strip; ++i)
+            m_squares[i] = 1;
         return status;
     }
 
@@ -196,8 +200,8 @@ private:
     double m_small[s_small_size];
 };
 
-// Both triangles from below: value(i, j, products, results) makes the results of i and of the eight variables from j
-// on.
+// Both triangles from below: values(i, j, products, results) makes the results of i and of the eight variables from j
+// on. Without a result they are only computed.
 template <class Values>
 void write_symmetric(const CoMoments& moments, int c, double* result, Values values) noexcept
 {
@@ -206,9 +210,30 @@ void write_symmetric(const CoMoments& moments, int c, double* result, Values val
         for (int j = 0; j <= i; j += s_strip) {
             double row[s_strip];
             values(i, j, moments.row(i, j), row);
-            for (int k = 0; k < std::min(s_strip, i + 1 - j); ++k)
+            for (int k = 0; result != nullptr && k < std::min(s_strip, i + 1 - j); ++k)
                 result[i + (j + k) * stride] = result[i * stride + j + k] = row[k];
         }
+}
+
+void write_correlations(const CoMoments& moments, int cases, int c, double* result, bool centred) noexcept
+{
+    if (centred)
+        write_symmetric(moments, c, result, [&moments](int i, int j, const double* products, double* values) {
+            const double square = moments.square(i);
+            const double* squares = moments.squares(j);
+            for (int k = 0; k < s_strip; ++k)
+                values[k] = products[k] / std::sqrt(square * squares[k]);
+        });
+    else
+        write_symmetric(moments, c, result, [&moments, cases](int i, int j, const double* products, double* values) {
+            const double n = cases;
+            const double mean = moments.means(i)[0], square = moments.square(i);
+            const double* means = moments.means(j);
+            const double* squares = moments.squares(j);
+            for (int k = 0; k < s_strip; ++k)
+                values[k] = (products[k] / n + mean * means[k]) /
+                            std::sqrt((mean * mean + square / n) * (squares[k] / n + means[k] * means[k]));
+        });
 }
 
 } // namespace
@@ -279,23 +304,13 @@ Status correlations(const double* data, int r, int c, double* result, bool centr
             return Status::no_variance;
         }
 
-    if (centred)
-        write_symmetric(moments, c, result, [&moments](int i, int j, const double* products, double* values) {
-            const double square = moments.square(i);
-            const double* squares = moments.squares(j);
-            for (int k = 0; k < s_strip; ++k)
-                values[k] = products[k] / std::sqrt(square * squares[k]);
-        });
-    else
-        write_symmetric(moments, c, result, [&moments, cases](int i, int j, const double* products, double* values) {
-            const double n = cases;
-            const double mean = moments.means(i)[0], square = moments.square(i);
-            const double* means = moments.means(j);
-            const double* squares = moments.squares(j);
-            for (int k = 0; k < s_strip; ++k)
-                values[k] = (products[k] / n + mean * means[k]) /
-                            std::sqrt((mean * mean + square / n) * (squares[k] / n + means[k] * means[k]));
-        });
+    // Where the caller hears of faults, one leaves the result as it was: so they are raised before it is written.
+    if (platform::faults_are_watched()) {
+        write_correlations(moments, cases, c, nullptr, centred);
+        if (platform::watched_faults() != 0)
+            return Status::stopped;
+    }
+    write_correlations(moments, cases, c, result, centred);
     for (int i = 0; i < c; ++i)
         result[i * (static_cast<std::ptrdiff_t>(c) + 1)] = 1;
     return Status::success;

@@ -18,24 +18,30 @@ using namespace qmml::matrix;
 
 namespace {
 
-// An array that is not there, or that could not be: what would fault inside the kernel.
+// Otherwise the kernel would fault.
 bool present(const Array& array) noexcept
 {
     return array.shape.size() <= s_most_elements && (array.data != nullptr || array.shape.size() == 0);
 }
 
-// 0 for success, 1 for failure and for what counts as an exception. The status is then the last that the kernel has
-// given, unless it has one for the case; deliver() writes the scalar results, and does not after a fault.
+// How an entry point differs from the others.
+struct Deviations {
+    Status without_arrays = Status::out_of_memory; // an array is not there, or larger than any can be
+    std::optional<Status> after_fault = {};        // otherwise the last status that the kernel has given
+};
+
+// 0 for success, 1 for failure and for what counts as an exception. deliver() writes the scalar results, and does not
+// after a fault.
 template <class Kernel, class Deliver>
 int raw_entry(std::initializer_list<Array> arrays, int* status, Kernel kernel, Deliver deliver,
-              std::optional<Status> fault_status = {}) noexcept
+              Deviations deviations = {}) noexcept
 {
-    if (!std::all_of(arrays.begin(), arrays.end(), present))
-        return 1;
+    const bool all_present = std::all_of(arrays.begin(), arrays.end(), present);
     Status given = Status::success;
-    const Outcome outcome = guarded_call([&] { return (given = kernel()) == Status::success; }, deliver);
+    const Outcome outcome = guarded_call(
+        [&] { return (given = all_present ? kernel() : deviations.without_arrays) == Status::success; }, deliver);
     if (status != nullptr)
-        *status = static_cast<int>(outcome == Outcome::fault ? fault_status.value_or(given) : given);
+        *status = static_cast<int>(outcome == Outcome::fault ? deviations.after_fault.value_or(given) : given);
     return outcome != Outcome::success;
 }
 
@@ -70,8 +76,11 @@ int MatrixInverse__(double* a, int n, int* status)
 int MatrixMultiply__(double* c, int cRows, int cCols, const double* a, int aRows, int aCols, const double* b, int bRows,
                      int bCols, int* status)
 {
-    return raw_entry({{c, {cRows, cCols}}, {a, {aRows, aCols}}, {b, {bRows, bCols}}}, status,
-                     [&] { return multiply(c, cRows, cCols, a, aRows, aCols, b, bRows, bCols); });
+    const bool conforming = aCols == bRows && aRows == cRows && bCols == cCols; // looked at before anything else
+    return raw_entry(
+        {{c, {cRows, cCols}}, {a, {aRows, aCols}}, {b, {bRows, bCols}}}, status,
+        [&] { return multiply(c, cRows, cCols, a, aRows, aCols, b, bRows, bCols); }, [] {},
+        {.without_arrays = conforming ? Status::out_of_memory : Status::singular});
 }
 
 int SolveLinearSetOfEquations__(double* a, double* b, int n, int m, int* status)
@@ -153,5 +162,5 @@ int ComputeCorrelationMatrix__(const double* data, int r, int c, double* result,
             if (failed >= 0)
                 put(failedColumn, failed);
         },
-        Status::stopped);
+        {.after_fault = Status::stopped});
 }

@@ -38,8 +38,11 @@ struct RoundedShiftLanes {
         const D ranged = L::select(L::less_equal(lower, magnitude), below_upper, none);
         const D spacing = L::select(L::less_equal(magnitude, none), at_zero, ranged);
         const D difference = x - subtrahend;
-        const D rounded = round_half_up<L>(difference / spacing) * spacing;
-        return L::select(L::less(none, spacing), rounded, difference);
+        // Where there is nothing to round, nothing is divided either: that might raise a fault.
+        const auto spaced = L::less(none, spacing);
+        const D divisor = L::select(spaced, spacing, L::set(1.0));
+        const D rounded = round_half_up<L>(L::select(spaced, difference, none) / divisor) * divisor;
+        return L::select(spaced, rounded, difference);
     }
 
     const D subtrahend, lower, middle, upper, first, second, at_zero;

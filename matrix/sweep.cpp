@@ -2,6 +2,7 @@
 #include "core/break_check.h"
 #include "matrix/factors.h"
 #include "matrix/factors_kernels.h"
+#include "platform/float_guard.h"
 #include "platform/memory_hints.h"
 
 #include <algorithm>
@@ -83,6 +84,49 @@ Status give_up(PivotState state, double* a, int n, int pivot) noexcept
     if (state == PivotState::refused_when_scaled)
         scale_pivot_column(a, n, pivot);
     return Status::singular;
+}
+
+// Element by element. The other ways compute along with what counts some that does not, and where the caller hears of
+// faults, an infinity there would be one.
+Status sweep_plainly(double* a, int n, int first, int last, int direction) noexcept
+{
+    const auto at = [=](int i, int j) -> double& {
+        return i < j ? a[static_cast<std::ptrdiff_t>(i) * n + j] : a[static_cast<std::ptrdiff_t>(j) * n + i];
+    };
+    for (int k = first; k <= last; ++k) {
+        if (break_requested())
+            return Status::stopped;
+        const double p = at(k, k);
+        const PivotState state = state_of(p, direction, n);
+        if (state != PivotState::good)
+            return give_up(state, a, n, k);
+        if (direction < 0)
+            scale_pivot_column(a, n, k);
+        const double divisor = direction > 0 ? p : at(k, k);
+        for (int i = 0; i < n; ++i) {
+            if (i == k)
+                continue;
+            const double quotient = at(i, k) / divisor;
+            for (int j = 0; j <= i; ++j)
+                if (j != k)
+                    at(i, j) = direction > 0 ? at(i, j) - at(j, k) * quotient : at(i, j) + at(j, k) * quotient;
+        }
+        for (int i = 0; direction > 0 && i < n; ++i)
+            if (i != k)
+                at(i, k) /= p;
+        at(k, k) = -1 / p;
+    }
+    return Status::success;
+}
+
+bool all_moderate(const double* a, int n) noexcept
+{
+    constexpr double limit = 1e140;
+    for (std::ptrdiff_t j = 0; j < n; ++j)
+        for (std::ptrdiff_t i = j; i < n; ++i)
+            if (!(std::fabs(a[j * n + i]) < limit))
+                return false;
+    return true;
 }
 
 constexpr int s_small = 64;
@@ -262,7 +306,9 @@ Status sweep(double* a, int n, int first, int last, int direction) noexcept
         return Status::invalid_pivots;
     const FactorKernels& kernels = *s_factor_kernels;
     Status status = Status::success;
-    if (first <= last)
+    if (first <= last && platform::faults_are_watched() && !all_moderate(a, n))
+        status = sweep_plainly(a, n, first, last, direction);
+    else if (first <= last)
         status = n <= s_small ? sweep_small(a, n, first, last, direction, kernels)
                               : PanelSweep(a, n, direction, kernels).run(first, last);
     if (status == Status::success)

@@ -82,6 +82,27 @@ inline bool rounds_quietly() noexcept
 #endif
 }
 
+// Inside a guard: whether the code outside wants to hear of any serious fault, and those it has to hear of so far.
+inline bool faults_are_watched() noexcept
+{
+    return (t_guard_state & fault::serious) != 0;
+}
+inline unsigned watched_faults() noexcept
+{
+    return read_unit() & t_guard_state & fault::serious;
+}
+
+// The flags of the old unit, which the C library counts among those of the whole. Looking costs little, clearing a lot.
+inline void clear_old_flags() noexcept
+{
+#if defined(__x86_64__)
+    unsigned short status;
+    __asm__ volatile("fnstsw %0" : "=m"(status));
+    if ((status & fault::any) != 0)
+        __asm__ volatile("fnclex");
+#endif
+}
+
 // On the way out the caller's masks are back. The outermost guard leaves no flag raised; an inner one leaves those that
 // stood before it.
 class FloatGuard {

@@ -184,16 +184,18 @@ int KruskalAnovaTest__(int /*reserved*/, int N, int k, int* group, double* value
                        double* H, double* df, int* errorCode, double* p)
 {
     KruskalWallis result;
-    if (N < 3) {
-        *errorCode = 1;
-        return 1;
-    }
     return guarded_call(
                [&] {
+                   if (N < 3) {
+                       *errorCode = 1;
+                       return false;
+                   }
                    kruskal_wallis_test(group, values, N, k, counts, rankSums, result);
                    return true;
                },
                [&] {
+                   if (N < 3)
+                       return;
                    *H = result.h;
                    *df = result.df;
                    *p = result.p;

@@ -24,6 +24,7 @@ Frame::Frame(Svg& svg, const Box& box, const Labels& labels, Axis x, Axis y, con
     std::vector<Tick> ticks;
     if (names.empty())
         ticks = m_y.ticks(std::clamp(static_cast<int>((m_bottom - m_top) / 36), 2, 8));
+    side.reserve(std::max(ticks.size(), names.size()));
     for (const Tick& tick : ticks)
         side.push_back(tick.label);
     for (const std::string& name : names)

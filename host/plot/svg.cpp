@@ -74,11 +74,11 @@ void Svg::curve(const Points& points, const char* colour, double width)
 void Svg::dots(const Points& points, double radius, const char* colour, double opacity)
 {
     Points places; // one dot is enough where several would cover each other
+    places.reserve(points.size());
     for (const auto& [x, y] : points)
         places.emplace_back(std::round(x * 2) / 2, std::round(y * 2) / 2);
     std::ranges::sort(places);
-    const auto repeated = std::ranges::unique(places);
-    places.erase(repeated.begin(), repeated.end());
+    places.erase(std::unique(places.begin(), places.end()), places.end());
 
     m_body += std::string("<g fill=\"") + colour + '"';
     point_attribute("fill-opacity", opacity);

@@ -82,8 +82,8 @@ QMML_API void GetNormalCurveStats(const double* values, int n, int* count, doubl
  * In place and without memory of their own, in time n log n whatever the data, except where a line says otherwise.
  * They return 1, or 0 on failure. ascending 0 means descending. */
 QMML_API int QelVectorSort(double* values, int ascending, int n);
-/* Each companion moves with its key. Companions of equal keys come in ascending order, those beside -0.0 before those
- * beside 0.0. */
+/* Each companion moves with its key. Companions of equal keys come in an order of their own, the same on every machine:
+ * ascending, but for those of a zero beside one of the other sign and those of missing keys. */
 QMML_API int DualSort(double* keys, double* companion, int n, int ascending);
 QMML_API int QelVectorDualSort(double* keys, double* companion, int ascending, int nKeys, int nCompanion);
 /* Replaces each value by its rank, counted from 1. Values that are equal share a rank, and so does all that is missing:

@@ -76,6 +76,8 @@ TEST(StudentizedRange, StoresItsFaults)
     EXPECT_EQ(code(qinter(0.5, 0, 3, &fault)), 1);
     EXPECT_EQ(code(qtrngo(1, 10, 3, &fault)), 1);
     EXPECT_EQ(code(qtrng(1 - 1e-9, 2, 3, &fault)), 2); // the probability levels off below
+    EXPECT_EQ(qinter(-0.5, 10, 3, &fault), 0);
+    EXPECT_EQ(fault, 2);
     const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
     for (double q : {inf, nan, 1e300, 1e-300})
         for (double v : {1.0, inf, nan, 1e300})
