@@ -1,9 +1,11 @@
 // The frame of the raw entry points: results, statuses, null arrays, and callers that have unmasked traps.
 
 #include "core/break_check.h"
+#include "core/memory.h"
 
 #include <cfenv>
 #include <cmath>
+#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <qmml/core.h>
@@ -135,6 +137,45 @@ TEST(SingularValues, AreNotNegativeNearTheLeastNumber)
     int status;
     EXPECT_EQ(SingularValuesForMatrix__(a, 1, 3, w, &status), 0);
     EXPECT_GT(w[2], -16 * unit);
+}
+
+TEST(RawEntry, SmallOrdersTakeNothingFromTheHeap)
+{
+    constexpr int n = 16;
+    double a[n * n], b[n * n], v[n * n], w[n], scalar;
+    int status, count;
+    const auto fill = [&] {
+        for (int i = 0; i < n * n; ++i)
+            b[i] = a[i] = i / n == i % n ? 20 : 1.0 / (1 + i / n + i % n); // symmetric, positive definite
+    };
+    const std::function<int()> calls[] = {
+        [&] { return ComputeDeterminant__(a, n, &scalar, &status); },
+        [&] { return MatrixInverse__(a, n, &status); },
+        [&] { return MatrixMultiply__(v, n, n, a, n, n, b, n, n, &status); },
+        [&] { return SolveLinearSetOfEquations__(a, b, n, n, &status); },
+        [&] { return EigenValuesAndVectors__(a, n, w, v, &count, &status); },
+        [&] { return SingularValueDecomposition__(a, n, n, w, v, &status); },
+        [&] { return SingularValuesForMatrix__(a, n, n, w, &status); },
+        [&] { return RankOfMatrix__(a, n, n, &scalar, &status); },
+        [&] { return GeneralOrPseudoInverse__(a, n, n, v, &status); },
+        [&] { return SweepingOnMatrix__(a, n, 0, n - 1, 1, &status); },
+        [&] { return GramSchmidthOrthonormal__(a, n, n, &status); },
+        [&] { return CholeskyDecomposition__(a, n, &status); },
+        [&] { return SumsOfSquaredDeviations__(a, n, n, w, &status); },
+        [&] { return ComputeMeans__(a, n, n, w, &status); },
+        [&] { return CrossProductsOfDeviations__(a, n, n, v, 1, &status); },
+        [&] { return ComputeCorrelationMatrix__(a, n, n, v, 1, &status, &count); },
+        [&] { return !QelMatrixTranspose(a, a, n, n, n, n); },
+        [&] { return !QelMatrixMultiply(a, b, a, n, n, n, n, n, n); },
+        [&] { return !QelMatrixSolve(a, b, b, n, n, n, n, n, n); },
+        [&] { return !QelMatrixEigenValues(a, w, &scalar, n, n, n); },
+    };
+    for (const auto& call : calls) {
+        fill();
+        qmml::fail_allocation(1);
+        EXPECT_EQ(call(), 0) << &call - calls;
+    }
+    qmml::fail_allocation(0);
 }
 
 TEST(RawEntry, LeavesNoFlagRaisedAndTheMasksAsTheyWere)
