@@ -15,7 +15,8 @@ static double widest(const std::vector<std::string>& texts)
     return width;
 }
 
-Frame::Frame(Svg& svg, const Box& box, const Labels& labels, Axis x, Axis y, const std::vector<std::string>& names)
+Frame::Frame(Svg& svg, const Box& box, const Labels& labels, const Axis& x, const Axis& y,
+             const std::vector<std::string>& names)
     : m_svg(svg), m_x(x), m_y(y), m_left(box.x + 12), m_top(box.y + (labels.curve.empty() ? 40 : 56)),
       m_right(box.x + box.width - 20), m_bottom(box.y + box.height - 48),
       m_bands(std::max<std::size_t>(names.size(), 1))

@@ -19,7 +19,8 @@ class Frame {
 public:
     // Draws all but the data. Without names, the y axis has ticks; otherwise it has a band for each name, the first one
     // at the top.
-    Frame(Svg& svg, const Box& box, const Labels& labels, Axis x, Axis y, const std::vector<std::string>& names = {});
+    Frame(Svg& svg, const Box& box, const Labels& labels, const Axis& x, const Axis& y,
+          const std::vector<std::string>& names = {});
 
     double x(double value) const;
     double y(double value) const;

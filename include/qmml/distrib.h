@@ -265,8 +265,8 @@ QMML_API double qinter(double p, double v, double r, short* fault);
  * The statistic z has a standard normal distribution under the hypothesis; the p-value is the smaller tail behind it,
  * or twice that tail where oneSided is 0. */
 
-/* phat, observed in n cases, n >= 2, against p0, 0 < p0 < 1. With oneSided 1 and normalApprox 0 the p-value is exact and
- * the statistic 0: for k = n phat, P(X <= k) where phat <= p0, else P(X > k), or 0 where k < 1. */
+/* phat, observed in n cases, n >= 2, against p0, 0 < p0 < 1. With oneSided 1 and normalApprox 0 the p-value is exact
+ * and the statistic 0: for k = n phat, P(X <= k) where phat <= p0, else P(X > k), or 0 where k < 1. */
 QMML_API int BinomialTestSingleSample(double p0, double phat, double n, int oneSided, unsigned char normalApprox,
                                       double* statistic, double* p, int* status);
 /* p1 of size1 cases against p2 of size2, pooled: with a common proportion in the standard error. Status 3 also for a

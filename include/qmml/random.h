@@ -59,10 +59,10 @@ QMML_API void PushRndState(RndState* record);
 QMML_API unsigned PopRndState(void);
 
 /* count distinct integers from low..high, both included, in ascending order; what follows the range's last one is 0
- * where count is larger. They are drawn from the list of those left, or, where the range is at least 51 times the count,
- * from the whole range until they differ. 1, or 0 for low > high, count < 1 and without memory.
- * low = high stores a single 0. A null array sets the last error (qmml/core.h) to 12661.
- * Memory beside out: 8 bytes for each integer drawn from the list, up to 256 for each drawn from the whole range. */
+ * where count is larger. They are drawn from the list of those left, or, where the range is at least 51 times the
+ * count, from the whole range until they differ. 1, or 0 for low > high, count < 1 and without memory. low = high
+ * stores a single 0. A null array sets the last error (qmml/core.h) to 12661. Memory beside out: 8 bytes for each
+ * integer drawn from the list, up to 256 for each drawn from the whole range. */
 QMML_API int PyloSelectUniqueRandomIntegersInRange(int count, int low, int high, int* out);
 /* 1 if the variable, counted from 1, is among the count numbers, else 0. */
 QMML_API int PyloDoesVariableExistInList(int count, const int* list, int variable);
