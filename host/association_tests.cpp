@@ -115,7 +115,7 @@ Contingency count_pairs(const Column& x, const Column& y, const Column* weights)
         const double weight = weights ? weights->values[i] : 1;
         if (row == rows.end() || column == columns.end() || std::isnan(weight))
             continue;
-        if (weight < 0)
+        if (weights && weight < 0)
             throw Error("a count in " + printable(weights->name) + " is negative");
         table.counts[row->second * table.columns.size() + column->second] += weight;
     }
