@@ -16,6 +16,9 @@
  * that the caller had unmasked fails the call; the error code is then that of the stage reached, or as it was.
  * clowess alone goes on as if all were masked.
  *
+ * Memory on the heap, in bytes for each value: 8 for the Kolmogorov-Smirnov and Kruskal-Wallis tests, 12 for
+ * Shapiro-Wilk, 8 for the fits; the row and column totals of a table; at most 256 kB for clowess; else none.
+ *
  * All functions may run in several threads at once. Results do not depend on the machine. */
 #ifndef QMML_STATTEST_H
 #define QMML_STATTEST_H
