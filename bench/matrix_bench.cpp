@@ -84,7 +84,7 @@ void make_for_determinant(Problem& p)
     p.a = random_numbers(n * n, 1);
     Numbers scales(n);
     for (std::size_t i = 0; i < n; ++i)
-        scales[i] = 1 / (1 + 0.35 * std::sqrt(static_cast<double>(i)));
+        scales[i] = 1 / (1 + 0.37 * std::sqrt(static_cast<double>(i)));
     std::shuffle(scales.begin(), scales.end(), std::mt19937_64(5));
     for (std::size_t j = 0; j < n; ++j)
         for (std::size_t i = 0; i < n; ++i)
