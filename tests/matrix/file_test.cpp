@@ -165,8 +165,8 @@ TEST_F(MatrixFile, IsRemovedWhenItCannotBeOpened)
         ::_exit(1);
     }
     const double a[] = {1};
-    int result = 1;
-    for (int i = 0; i < 500; ++i) { // until the child has come so far
+    int result = -1;
+    for (int i = 0; i < 200; ++i) { // until the child has come so far
         std::ofstream probe(m_file, std::ios::in | std::ios::out | std::ios::binary);
         if (!probe) {
             result = QelMatrixWrite(m_file.c_str(), a, 1, 1);
@@ -177,6 +177,8 @@ TEST_F(MatrixFile, IsRemovedWhenItCannotBeOpened)
     }
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
+    if (result < 0)
+        GTEST_SKIP() << "this system lets running programs be written to";
     EXPECT_EQ(result, 0);
     EXPECT_EQ(QMMLGetLastError(), 12565);
     EXPECT_FALSE(std::filesystem::exists(m_file));
