@@ -9,6 +9,11 @@ namespace qmml {
 
 enum class Direction { ascending, descending };
 
+inline Direction direction_of(int ascending) noexcept
+{
+    return ascending ? Direction::ascending : Direction::descending;
+}
+
 void sort_values(double* values, std::int64_t count, Direction direction) noexcept;
 
 inline void sort_ascending(double* values, std::int64_t count) noexcept

@@ -1,7 +1,7 @@
+#include "core/under_guard.h"
 #include "descstat/order_statistics.h"
 #include "descstat/percentile_method.h"
 #include "descstat/quantile_rule.h"
-#include "descstat/shield.h"
 
 #include <qmml/descstat.h>
 
@@ -38,7 +38,7 @@ short ComputePercentilesEx(const double* values, int n, double* result, short me
                            int sortFirst)
 {
     using namespace qmml::descstat;
-    shielded([&] {
+    qmml::under_guard([&] {
         const Selection selection = sortFirst ? percentile_of_all(values, n, method, p, result)
                                               : percentile_of_sorted(values, n, method, p, result);
         *status = selection == Selection::done ? 0 : selection == Selection::no_memory ? 2 : 1;

@@ -68,7 +68,7 @@ int QelVectorRank(double* values, int ascending, int tieRule, int n)
         values[0] = 1.0;
         return 1;
     }
-    const Direction direction = ascending ? Direction::ascending : Direction::descending;
+    const Direction direction = direction_of(ascending);
     const descstat::TieRule rule = descstat::tie_rule(tieRule);
     constexpr int on_stack = 1024;
     if (n <= on_stack) {

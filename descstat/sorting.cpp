@@ -3,24 +3,15 @@
 
 #include <qmml/descstat.h>
 
-namespace {
-
-qmml::Direction direction_of(int ascending) noexcept
-{
-    return ascending ? qmml::Direction::ascending : qmml::Direction::descending;
-}
-
-} // namespace
-
 int QelVectorSort(double* values, int ascending, int n)
 {
-    qmml::sort_values(values, n, direction_of(ascending));
+    qmml::sort_values(values, n, qmml::direction_of(ascending));
     return 1;
 }
 
 int DualSort(double* keys, double* companion, int n, int ascending)
 {
-    qmml::sort_with_companions(keys, companion, n, direction_of(ascending));
+    qmml::sort_with_companions(keys, companion, n, qmml::direction_of(ascending));
     return 1;
 }
 

@@ -1,11 +1,11 @@
 #include "core/block.h"
 #include "core/missing.h"
 #include "core/sort.h"
+#include "core/under_guard.h"
 #include "descstat/moments.h"
 #include "descstat/order_statistics.h"
 #include "descstat/percentile_method.h"
 #include "descstat/result.h"
-#include "descstat/shield.h"
 #include "descstat/value_kernels.h"
 
 #include <qmml/descstat.h>
@@ -36,7 +36,7 @@ template <class Statistic>
 int over_range(const double* values, int start, int count, double* result, Statistic statistic) noexcept
 {
     std::int64_t used = 0;
-    shielded([&] {
+    under_guard([&] {
         const Range range = range_of(values, start, count);
         used = statistic(range.values, range.count, result);
         if (used == 0)

@@ -1,6 +1,6 @@
 // Tests of proportions and means from summary values.
 #include "core/compare.h"
-#include "distrib/guard.h"
+#include "core/under_guard.h"
 #include "distrib/result.h"
 
 #include <qmml/distrib.h>
@@ -121,10 +121,9 @@ bool two_means(Report& report, double mean1, double mean2, double sd1, double sd
 template <class Test>
 int run(Test test, double* statistic, double* p, int* status) noexcept
 {
-    const platform::FloatGuard guard;
     Report report;
-    const Test* const volatile here = &test; // keeps the arithmetic inside the guard
-    const bool finished = (*here)(report);
+    bool finished = false;
+    under_guard([&] { finished = test(report); });
     if (statistic != nullptr)
         *statistic = report.statistic;
     if (p != nullptr)

@@ -1,6 +1,7 @@
 #include "host/matrix_data.h"
 
 #include "host/csv_reader.h"
+#include "host/data_file.h"
 #include "host/error.h"
 #include "host/number_text.h"
 #include "host/output_file.h"
@@ -27,16 +28,11 @@ bool is_csv(const std::string& name)
     return name == "-" || name.ends_with(".csv") || name.ends_with(".CSV");
 }
 
-bool is_missing(std::string_view cell)
-{
-    return cell.empty() || cell == "NA" || cell == ".";
-}
-
 bool cell_value(std::string_view field, double& value)
 {
     const std::string text = unquoted(field);
     const std::string_view cell = trimmed(text);
-    if (is_missing(cell)) {
+    if (is_missing_cell(cell)) {
         value = CNAN::m_dNAN;
         return true;
     }
