@@ -5,6 +5,8 @@
 #include "host/error.h"
 #include "host/number_text.h"
 #include "host/output_file.h"
+#include "host/table.h"
+#include "host/utf8.h"
 
 #include <qmml/core.h>
 #include <qmml/matrix.h>
@@ -16,6 +18,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <utility>
 
 namespace qmml::host {
@@ -209,36 +212,26 @@ void write_matrix(const std::string& name, const Matrix& matrix)
 
 std::string aligned_text(const Matrix& matrix, int digits)
 {
-    const auto row_name = [&](int i) {
-        return matrix.row_names.empty() ? std::string() : matrix.row_names[static_cast<std::size_t>(i)];
-    };
-    std::size_t margin = 0;
-    for (const std::string& name : matrix.row_names)
-        margin = std::max(margin, name.size());
-
-    std::vector<std::string> lines(static_cast<std::size_t>(matrix.rows));
-    std::string head(margin, ' ');
+    Table table;
+    if (!matrix.column_names.empty()) {
+        std::vector<std::string> titles = {""};
+        for (const std::string& name : matrix.column_names)
+            titles.push_back(printable(name));
+        table.add(std::move(titles));
+    }
     for (int i = 0; i < matrix.rows; ++i) {
-        lines[static_cast<std::size_t>(i)] = row_name(i);
-        lines[static_cast<std::size_t>(i)].resize(margin, ' ');
+        std::vector<std::string> row = {
+            matrix.row_names.empty() ? "" : printable(matrix.row_names[static_cast<std::size_t>(i)])};
+        for (int j = 0; j < matrix.cols; ++j)
+            row.push_back(number_text(matrix.at(i, j), digits));
+        table.add(std::move(row));
     }
-    const std::size_t gap = 2;
-    for (int j = 0; j < matrix.cols; ++j) {
-        std::vector<std::string> cells;
-        std::string title = matrix.column_names.empty() ? "" : matrix.column_names[static_cast<std::size_t>(j)];
-        std::size_t width = title.size();
-        for (int i = 0; i < matrix.rows; ++i) {
-            cells.push_back(number_text(matrix.at(i, j), digits));
-            width = std::max(width, cells.back().size());
-        }
-        const std::size_t before = j > 0 || margin > 0 ? gap : 0;
-        for (std::size_t i = 0; i < cells.size(); ++i)
-            lines[i].append(before + width - cells[i].size(), ' ').append(cells[i]);
-        head.append(before + width - title.size(), ' ').append(title);
-    }
-    std::string text = matrix.column_names.empty() ? "" : head + '\n';
-    for (const std::string& line : lines)
-        text += line + '\n';
+    if (!matrix.row_names.empty() || matrix.cols == 0)
+        return table.text();
+    std::string text; // without the gap behind names that are not there
+    std::istringstream lines(table.text());
+    for (std::string line; std::getline(lines, line);)
+        text.append(line, 2).append(1, '\n');
     return text;
 }
 

@@ -57,6 +57,8 @@ class MatrixTest(HostTest):
         table = self.output("matrix", "correlations", DATA / "airquality.csv", "--columns", "Ozone,Wind", "--complete")
         self.assertEqual(table.decode().split("\n")[0], "           Ozone       Wind")
         self.assertIn("Wind   -0.601547          1", table.decode())
+        names = self.output("matrix", "means", "-", stdin="été,b\n1,20\n".encode())
+        self.assertEqual(names.decode(), "été   1\nb    20\n")
 
     def test_files_are_written_and_replaced_whole(self):
         a = self.file("a.txt", "1\t2\n3\t.\n")
